@@ -1,0 +1,20 @@
+// Aligned storage for transforms, and the way out when there is none.
+#pragma once
+
+#include <complex>
+
+using Complex = std::complex<double>;
+
+namespace Array {
+
+// Writes "ERROR: x." to the error stream and ends the process with exit status 1.
+[[noreturn]] void ArrayExit(const char* x);
+
+// Sets v to len elements of value (0, 0) at a multiple of align bytes, a power of two. Failure ends
+// the process through ArrayExit.
+void newAlign(Complex*& v, std::size_t len, std::size_t align);
+
+// Releases what newAlign gave.
+void deleteAlign(Complex* v);
+
+}  // namespace Array

@@ -1,0 +1,48 @@
+#include "diagnostics.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <iostream>
+
+namespace diagnostics {
+namespace {
+
+bool quiet = false;
+
+// The log goes first: a reader of both streams sees a message behind what led to it.
+void write_line(const std::string& text) {
+  std::cout.flush();
+  std::cerr << "zerith: " + text + "\n" << std::flush;
+}
+
+}  // namespace
+
+void set_quiet(bool is_quiet) {
+  quiet = is_quiet;
+}
+
+void warn(const std::string& text) {
+  if (!quiet) write_line("warning: " + text);
+}
+
+bool shows_notes() {
+  return !quiet && isatty(STDERR_FILENO) != 0;
+}
+
+void note(const std::string& text) {
+  if (shows_notes()) write_line(text);
+}
+
+void progress(const std::string& text) {
+  if (!shows_notes()) return;
+  constexpr const char* kClearLine = "\r\033[K";
+  std::cerr << (text.empty() ? kClearLine : kClearLine + ("zerith: " + text)) << std::flush;
+}
+
+void fail(const std::string& text) {
+  write_line("error: " + text);
+  std::exit(-1);
+}
+
+}  // namespace diagnostics

@@ -1,0 +1,65 @@
+#include <iostream>
+
+#include "main/stages.h"
+
+namespace {
+
+constexpr const char* kOptions = R"(
+  -k|--kernel
+      kernel to be used
+      0 = default kernel
+      1 = shared memory kernel
+  -b|--block-size
+      size of thread blocks
+  -i|--config-file
+      configuration file to be used
+  -p|--run-cpu
+      run on cpu
+  -g|--run-gpu
+      run on gpu
+  -c|--compare
+      compare gpu results with cpu
+  -r|--store-results
+      store results to .csv file
+  -x|--cross-section
+      0 = XY
+      1 = XZ
+      2 = YZ
+  -l|--layer
+      layer to be used 
+      specify an interger between 0 and NZ-1 if cross-section (refer to option -x) is XY
+      specify an interger between 0 and NY-1 if cross-section (refer to option -x) is XZ
+      specify an interger between 0 and NX-1 if cross-section (refer to option -x) is YZ
+      NX, NY and NZ are specified in the configuration file (refer to option -i)
+  -q|--quiet
+      disables text display
+  -v|--version
+      print version
+
+)";
+
+}  // namespace
+
+void printHelp(const char* argv) {
+  std::cout
+      << "Help:\n"
+         "  zerith : \n"
+         "  Three-dimensional Scalar Wave Propagation Method, unidirectional. Compiled to run "
+         "on CPU and NVIDIA GPU, e.g. GTX620.\n"
+         "\n"
+         "  Usage: \n"
+         "  "
+      << argv << " [options][-i <config-file> ]\n"
+      << kOptions << std::flush;
+}
+
+void answer_help_and_version(const Run& run) {
+  if (run.has_option("h", "help")) {
+    printHelp(run.argv[0]);
+    std::exit(0);
+  }
+  if (run.has_option("v", "version")) {
+    std::cout << VERSION << std::endl;
+    std::exit(0);
+  }
+}

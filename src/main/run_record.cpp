@@ -1,0 +1,42 @@
+#include <sys/stat.h>
+
+#include <cmath>
+
+#include "main/output_file.h"
+#include "main/results.h"
+
+void store_results(std::string filename, std::string cfile, int kernel, int blockSize, int nz,
+                   int ny, int nx, double kernelTime, double cpuTime, double err) {
+  struct stat buffer {};
+  const bool exists = stat(filename.c_str(), &buffer) == 0;
+  OutputFile file(std::move(filename),
+                  exists ? OutputFile::Mode::kAppend : OutputFile::Mode::kReplace);
+  if (!exists)
+    file << "cfile;kernel_id;block_size;nz;ny;nx;kernel_time;cpu_time;err-max;speed-up\n";
+  file << cfile << ';' << kernel << ';' << blockSize << ';' << nz << ';' << ny << ';' << nx << ';'
+       << kernelTime << ';' << cpuTime << ';' << err << ';' << cpuTime / kernelTime << '\n';
+}
+
+double compare(const cufftDoubleComplex* gpu, const cpx* cpu, int nz, int ny, int nx) {
+  double max_err = 0.0;
+  const std::size_t row = static_cast<std::size_t>(nx);
+  for (int i = 0; i < nz; ++i)
+    for (int j = 0; j < ny; ++j)
+      for (int k = 0; k < nx; ++k) {
+        const std::size_t element = (static_cast<std::size_t>(i) * static_cast<std::size_t>(ny) +
+                                     static_cast<std::size_t>(j)) *
+                                        row +
+                                    static_cast<std::size_t>(k);
+        const cpx difference(gpu[element].x - cpu[element].real(),
+                             gpu[element].y - cpu[element].imag());
+        const double err = std::abs(difference / cpu[element]);
+        if (err > max_err) max_err = err;
+      }
+  return max_err;
+}
+
+int nextpow2(double x) {
+  int result = 1;
+  while (x > result) result += result;
+  return result;
+}

@@ -1,0 +1,40 @@
+#include "system/slab.h"
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+
+int truncate_to_int(double value) {
+  const bool fits =
+      value > static_cast<double>(INT_MIN) - 1.0 && value < -static_cast<double>(INT_MIN);
+  return fits ? static_cast<int>(value) : INT_MIN;
+}
+
+Frame::Frame(const struct_sysOptions& so)
+    : metres(so.f),
+      dx(so.dx == 0 ? 1.0 : so.dx * so.f),
+      dy(so.dy == 0 ? 1.0 : so.dy * so.f),
+      dz(so.dz == 0 ? 1.0 : so.dz * so.f),
+      nx(so.nx == 0 ? 1 : so.nx),
+      ny(so.ny == 0 ? 1 : so.ny),
+      nz(so.nz == 0 ? 1 : so.nz) {}
+
+Slab::Slab(cpx* N, const struct_sysOptions& so, double thickness_in_slices) : N_(N) {
+  const Frame frame(so);
+  count_ = std::int64_t{so.nx} * so.ny * so.nz;
+  slice_ = std::int64_t{frame.nx} * frame.ny;
+  row_ = frame.ny;
+
+  const std::int64_t start = so.izlast;
+  const std::int64_t wanted = truncate_to_int(std::ceil(thickness_in_slices));
+  const std::int64_t cut = std::min(wanted, frame.nz - start);
+  // Negative thicknesses move the cursor before the volume, where it must not leave the int.
+  taken = static_cast<int>(
+      std::clamp<std::int64_t>(cut, INT_MIN - std::min<std::int64_t>(start, 0), INT_MAX));
+
+  // With ny > nx the last rows of a slice run over into later ones, so a few slices before the
+  // volume still reach it.
+  const std::int64_t overrun = frame.ny / frame.nx + 1;
+  first = static_cast<int>(std::max(start, -overrun));
+  end = static_cast<int>(std::max<std::int64_t>(start + taken, INT_MIN));
+}

@@ -1,0 +1,16 @@
+// Messages about names that the configuration file doesn't know.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// The text in single quotes, control characters written as \r, \t or \xNN.
+std::string quoted(std::string_view text);
+
+// The known name at the smallest edit distance (Levenshtein, with swaps of neighbours), upper and
+// lower case held equal; empty if none is near enough to be a likely slip.
+std::string_view nearest_name(std::string_view name, const std::vector<std::string_view>& known);
+
+// "; did you mean 'lambda'?", or nothing if no known name is near.
+std::string suggestion(std::string_view name, const std::vector<std::string_view>& known);

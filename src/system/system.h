@@ -1,0 +1,162 @@
+// The description of one simulation: its records, the configuration file that fills them, and the
+// rasterisers that paint a component into the index volume.
+//
+// Every length in the records is in the unit that the file chose; struct_sysOptions::f holds metres
+// per unit. Angles are in degrees.
+#pragma once
+
+#include <complex>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+using cpx = std::complex<double>;
+
+enum polarization : std::int32_t { NA, TE, TM };
+
+// The parser's state: a section is open (_S), or its closing tag has been seen (_E).
+enum section : std::int32_t {
+  NONE,
+  GLOBAL_S,
+  WAVE_S,
+  LAYER_S,
+  RCWA_S,
+  FDTD_S,
+  GLOBAL_E,
+  WAVE_E,
+  LAYER_E,
+  RCWA_E,
+  FDTD_E
+};
+
+enum method : std::int32_t { BLANK, VWPM, WPM, VBPM, BPM, FDTD, RCWA };
+
+enum plane : std::int32_t { XY, XZ, YZ, ZX, ZY, YX };
+
+enum shape : std::int32_t { RANDOM, PLANE, GAUSSIAN };
+
+enum component : std::int32_t { HOMOG, GRATING, WGUIDE, TAPER, LENS, ASPHERE, SPLITTER, MZEHNDER };
+
+enum scale : std::int32_t { M, DM, CM, MM, UM, NM, PM };
+
+// One incident wave.
+struct struct_emfield {
+  shape s = RANDOM;
+  double x = 0, y = 0, z = 0;     // reference point
+  double amp = 0;                 // amplitude
+  double lambda = 0;              // vacuum wavelength
+  double theta = 0, phi = 0;      // direction: from the z axis, and about it from the x axis
+  double beta = 0;                // reported, used in no formula
+  double sigmax = 0, sigmay = 0;  // widths of a Gaussian wave
+
+  void copy(const struct_emfield& f);
+  void reset();
+};
+
+// One optical component. (n, k) and (eps_r, eps_i) describe the same first material, (ne, ke) and
+// (epse_r, epse_i) the same second one; the parser makes the pairs agree.
+struct struct_layer {
+  component t = HOMOG;
+  double x = 0, y = 0;    // offset of the axis from the grid's centre
+  double z = 0;           // thickness along the propagation axis
+  double r = 0;           // core radius; signed radius of curvature of a lens
+  double f = 0;           // stored, read by nothing
+  double px = 0, wx = 0;  // grating period and width; wx: excursion of a splitter
+  double py = 0, wy = 0;
+  double rin = 0, rout = 0;     // radius at the entry and at the exit
+  double n = 0, k = 0;          // first material: index and extinction
+  double eps_r = 0, eps_i = 0;  //   its relative permittivity
+  double ne = 0, ke = 0;        // second material
+  double epse_r = 0, epse_i = 0;
+  double se = 0, sm = 0;          // stored, read by nothing
+  double dx = 0, dy = 0, dz = 0;  // offset of a lens's sphere; no key fills it
+
+  // Copies all fields but wx, wy, dx, dy and dz.
+  void copy(const struct_layer& l);
+  void reset();
+};
+
+// The grid and the options of the whole simulation. The initial values are those of reset().
+// Fields that nothing reads are part of the file format and are stored all the same.
+struct struct_sysOptions {
+  bool updated = false;
+  bool smooth = false;
+  std::string sysname;  // path of the configuration file
+  scale scl = M;
+  method mth = WPM;
+  bool irradiance = false;
+  bool energyflux = false;
+  bool absorption = false;
+  bool bidirectional = false;
+  bool multithreaded = false;
+  bool distributed = false;
+  bool evanescent = true;  // carry evanescent modes
+  bool efield = true;
+  bool hfield = false;        // compute the magnetic field
+  bool permittivity = false;  // layers give permittivities, not indices
+  bool permeability = false;
+  int iterations = 1;
+  int threads = 1;
+  int workers = 0;
+  int workersDone = 1;
+  int nodes = 1;
+  int iz = 0;
+  int izlast = 0;              // the next free slice while components are rasterised
+  int nx = 1, ny = 1, nz = 0;  // samples; nx, ny start at 1 and nz at 0
+  double x = 0, y = 0, z = 0;  // extents
+  double t = 0;
+  double dx = 1, dy = 1, dz = 1;  // spacings, extent / samples
+  double f = 1;                   // metres per file unit
+  polarization p = NA;
+
+  // Copies all fields but sysname.
+  void copy(const struct_sysOptions& s);
+  void reset();
+};
+
+using emfield = struct_emfield;
+using layer = struct_layer;
+using sysOptions = struct_sysOptions;
+
+// Complex refractive index n + i*kappa of a relative permittivity, both roots non-negative: the
+// sign of a negative imaginary part is not carried over.
+cpx epsToN(const cpx& eps);
+
+// Relative permittivity (n^2 - k^2) + i*2nk of a complex refractive index (n, k).
+cpx nToEps(const cpx& n);
+
+// Removes every blank (0x20, not tabs) from the zero-terminated text, in place. Always true.
+bool removeBlanks(char* s);
+
+// Metres per unit of length; 1e-09 for a value outside the enumeration.
+double metres_per_unit(scale scl);
+
+constexpr int MAX_CHARS_PER_LINE = 80;  // terminator included: a line holds at most 79
+constexpr int MAX_TOKENS_PER_LINE = 1;
+constexpr const char* DELIMITER = "\n";
+constexpr const char* ASSIGN = "=";
+constexpr const char* END = " ;";
+
+// Reads the configuration file into *so (reset first) and appends its waves and layers to the two
+// sequences. Unless is_quiet, echoes each line to the log. What is not understood is ignored, with
+// a warning on the error stream; a file that cannot be read, a line that is too long and a line of
+// nothing but equals signs end the process with exit(-1).
+void parse(const std::string& filename, struct_sysOptions* so, std::vector<struct_layer>* layers,
+           std::vector<struct_emfield>* fields, bool is_quiet);
+
+// The rasterisers. Each paints component l into N, [nz][ny][nx] flat with row step ny (not nx: the
+// index volume and its file are defined so), from slice so->izlast on, and returns the number of
+// slices that the component takes, cut at the end of the domain. Voxels outside the array are
+// dropped. The reserved kinds take their slices and write nothing.
+int init_homog_system(cpx* N, const struct_sysOptions* so, const struct_layer& l);
+int init_grating_system(cpx* N, const struct_sysOptions* so, const struct_layer& l);
+int init_wguide_system(cpx* N, const struct_sysOptions* so, const struct_layer& l);
+int init_taper_system(cpx* N, const struct_sysOptions* so, const struct_layer& l);
+int init_splitter_system(cpx* N, const struct_sysOptions* so, const struct_layer& l);
+int init_lens_system(cpx* N, const struct_sysOptions* so, const struct_layer& l);
+int init_asphere_system(cpx* N, const struct_sysOptions* so, const struct_layer& l);
+int init_mzehnder_system(cpx* N, const struct_sysOptions* so, const struct_layer& l);
+
+// Ends the process with exit(-1) if the grating l takes a slice and its period is under two samples
+// in x or y. number: its place among the layers, from 1, for the message; 0 if unknown.
+void require_grating_periods(const struct_sysOptions* so, const struct_layer& l, int number);

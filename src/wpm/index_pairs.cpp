@@ -1,0 +1,48 @@
+#include "wpm/index_pairs.h"
+
+#include <array>
+#include <bit>
+#include <unordered_map>
+
+namespace {
+
+using PairBits = std::array<std::uint64_t, 4>;
+
+PairBits bits_of(const cpx& n_i, const cpx& n_t) {
+  return {std::bit_cast<std::uint64_t>(n_i.real()), std::bit_cast<std::uint64_t>(n_i.imag()),
+          std::bit_cast<std::uint64_t>(n_t.real()), std::bit_cast<std::uint64_t>(n_t.imag())};
+}
+
+struct HashBits {
+  std::size_t operator()(const PairBits& bits) const {
+    std::uint64_t hash = 0;
+    for (const std::uint64_t word : bits) {  // multiply and fold, after Fibonacci hashing
+      hash = (hash ^ word) * 0x9e3779b97f4a7c15U;
+      hash ^= hash >> 32U;
+    }
+    return hash;
+  }
+};
+
+}  // namespace
+
+IndexPairs find_index_pairs(const cpx* N_i, const cpx* N_t, std::size_t count) {
+  IndexPairs found;
+  found.which.reserve(count);
+  std::unordered_map<PairBits, std::uint32_t, HashBits> place_of;
+  PairBits last_bits{};
+  std::uint32_t last_place = 0;
+  for (std::size_t s = 0; s < count; ++s) {
+    const PairBits bits = bits_of(N_i[s], N_t[s]);
+    // Neighbours are mostly alike.
+    if (s == 0 || bits != last_bits) {
+      const auto next = static_cast<std::uint32_t>(found.pairs.size());
+      const auto [entry, is_new] = place_of.try_emplace(bits, next);
+      if (is_new) found.pairs.push_back({N_i[s], N_t[s]});
+      last_bits = bits;
+      last_place = entry->second;
+    }
+    found.which.push_back(last_place);
+  }
+  return found;
+}

@@ -1,0 +1,96 @@
+#include "wpm/superposition.h"
+
+#include <omp.h>
+
+#include <cfloat>
+#include <cmath>
+
+#include "wpm/index_pairs.h"
+
+namespace {
+
+const cpx ione(0.0, 1.0);
+
+// A plane wave at a pair: all that does not depend on the sample's place.
+class Term {
+ public:
+  Term(const PlaneWave& wave, const IndexPair& pair, const StepOptions& step)
+      : mode_(mode_of(wave, pair, step)) {
+    if (!mode_.contributes) return;
+    g_ = mode_.transmitted(wave.f);
+    if (mode_.adds_flux) flux_ = mode_.flux(g_);
+    if (step.is_magnetic_field) g_ = g_ * cpx(mode_.field_factor, 0.0);
+    const double damping = mode_.phi_z.imag();
+    is_tame_ = std::fabs(damping) <= kTameExponent;
+    decay_ = std::exp(-damping);
+  }
+
+  [[nodiscard]] bool contributes() const { return mode_.contributes; }
+  [[nodiscard]] bool adds_flux() const { return mode_.adds_flux; }
+  [[nodiscard]] double flux() const { return flux_; }
+
+  [[nodiscard]] cpx field(double phi_xy) const { return g_ * phase_factor(phi_xy); }
+
+ private:
+  // Below this no exponential overflows, and cexp(a + ib) is exp(a) * (cos b, sin b) to the bit.
+  static constexpr double kTameExponent = 700.0;
+
+  // cexp(i * (phi_z + phi_xy)). The exponential of its real part belongs to the plane wave and the
+  // pair; only sine and cosine are left for the sample. Tiny and non-finite angles, which the C
+  // library treats in ways of its own, are left to it.
+  [[nodiscard]] cpx phase_factor(double phi_xy) const {
+    const double angle = mode_.phi_z.real() + phi_xy;
+    const double magnitude = std::fabs(angle);
+    if (!is_tame_ || !(magnitude > DBL_MIN && magnitude <= DBL_MAX))
+      return std::exp(cpx(angle, mode_.phi_z.imag()) * ione);
+    double sine = 0.0;
+    double cosine = 0.0;
+    ::sincos(angle, &sine, &cosine);
+    return {decay_ * cosine, decay_ * sine};
+  }
+
+  Mode mode_;
+  cpx g_;
+  double flux_ = 0.0;
+  double decay_ = 1.0;
+  bool is_tame_ = false;
+};
+
+// Samples begin..end-1 of the slice, all plane waves.
+void superpose_on(std::size_t begin, std::size_t end, const std::vector<PlaneWave>& waves,
+                  const StepOptions& options, const SliceStep& slice) {
+  const IndexPairs pairs = find_index_pairs(slice.N_i + begin, slice.N_t + begin, end - begin);
+  const auto nx = static_cast<std::size_t>(slice.nx);
+  std::vector<Term> terms;
+  terms.reserve(pairs.pairs.size());
+  for (const PlaneWave& wave : waves) {
+    terms.clear();
+    for (const IndexPair& pair : pairs.pairs) terms.emplace_back(wave, pair, options);
+    for (std::size_t s = begin; s < end;) {
+      const double phi_y = slice.Y[s / nx] * wave.ky;
+      const std::size_t row_end = std::min(end, (s / nx + 1) * nx);
+      for (std::size_t i = s % nx; s < row_end; ++s, ++i) {
+        const Term& term = terms[pairs.which[s - begin]];
+        if (!term.contributes()) continue;
+        if (term.adds_flux()) slice.F[s] += term.flux();
+        slice.E[s] += term.field(slice.X[i] * wave.kx + phi_y);
+      }
+    }
+  }
+}
+
+}  // namespace
+
+void superpose(const std::vector<PlaneWave>& waves, const StepOptions& options,
+               const SliceStep& slice) {
+  const std::size_t samples =
+      static_cast<std::size_t>(slice.nx) * static_cast<std::size_t>(slice.ny);
+  const int parts = omp_get_max_threads();
+#pragma omp parallel for schedule(static, 1)
+  for (int part = 0; part < parts; ++part) {
+    const auto boundary = [&](int i) {
+      return samples * static_cast<std::size_t>(i) / static_cast<std::size_t>(parts);
+    };
+    superpose_on(boundary(part), boundary(part + 1), waves, options, slice);
+  }
+}

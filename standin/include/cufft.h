@@ -1,0 +1,33 @@
+// cuFFT as far as our device code uses it: two-dimensional complex transforms of doubles.
+#pragma once
+
+#include "cuComplex.h"
+
+typedef int cufftHandle;
+typedef cuDoubleComplex cufftDoubleComplex;
+
+enum cufftType { CUFFT_C2C = 0x29, CUFFT_Z2Z = 0x69 };
+
+enum cufftResult {
+  CUFFT_SUCCESS = 0,
+  CUFFT_INVALID_PLAN = 1,
+  CUFFT_INVALID_TYPE = 3,
+  CUFFT_INVALID_VALUE = 4,
+  CUFFT_EXEC_FAILED = 6,
+  CUFFT_INVALID_SIZE = 8
+};
+
+inline constexpr int CUFFT_FORWARD = -1;
+inline constexpr int CUFFT_INVERSE = 1;
+
+// A transform of nx rows of ny contiguous samples; single precision with CUFFT_C2C, for which there
+// is no execution here.
+cufftResult cufftPlan2d(cufftHandle* plan, int nx, int ny, cufftType type);
+
+// The unnormalised transform of input [nx][ny] into output [nx][ny], in place if they are the same.
+// A plan of another type than CUFFT_Z2Z is refused and output stays as it is. Memory that is not
+// the device's is an illegal address, as in a kernel.
+cufftResult cufftExecZ2Z(cufftHandle plan, cufftDoubleComplex* input, cufftDoubleComplex* output,
+                         int direction);
+
+cufftResult cufftDestroy(cufftHandle plan);

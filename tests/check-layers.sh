@@ -1,0 +1,22 @@
+#!/bin/sh
+# Fails on an include that runs against the layers: inc and fftw++ below all, then system, wpm and
+# kernel (which sees CUDA alone), main on top and included by nobody.
+set -eu
+cd "${1:-.}"
+status=0
+
+# forbid FOLDER PATTERN: no file of the folder includes what matches.
+forbid() {
+  if grep -rnE "#include [\"<]($2)" "$1"; then
+    echo "$1 must not include these" >&2
+    status=1
+  fi
+}
+
+forbid inc 'system/|wpm/|kernel/|main/|fftw\+\+'
+forbid fftw++ 'system/|wpm/|kernel/|main/'
+forbid src/system 'wpm/|kernel/|main/|fftw\+\+|fftw3|cuda|cufft'
+forbid src/wpm 'kernel/|main/|cuda|cufft'
+forbid src/kernel 'system/|wpm/|main/|fftw|ch[A-Z]|diagnostics|log\.h|standin'
+forbid standin 'system/|wpm/|kernel/|main/|fftw\+\+'
+exit $status

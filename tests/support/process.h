@@ -1,0 +1,44 @@
+// Runs of the real program, each in a temporary directory of its own.
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+// A directory that goes away with the object.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+
+  [[nodiscard]] std::filesystem::path path(const std::string& name = "") const;
+  void write(const std::string& name, const std::string& text) const;
+  [[nodiscard]] std::string read(const std::string& name) const;  // "" if there is none
+  [[nodiscard]] bool has(const std::string& name) const;
+
+ private:
+  std::filesystem::path path_;
+};
+
+struct RunResult {
+  int status = -1;  // exit status, or 128 + signal
+  std::string out;
+  std::string err;
+};
+
+// Runs zerith with these arguments in the directory, standard input empty. environment adds to the
+// caller's variables.
+RunResult run_zerith(const TempDir& directory, const std::vector<std::string>& arguments,
+                     const std::map<std::string, std::string>& environment = {});
+
+// Runs a shell command in the directory; $ZERITH names the program.
+RunResult run_shell(const TempDir& directory, const std::string& command);
+
+// A log with the times, which differ from run to run, replaced by T.
+std::string without_times(const std::string& log);
+
+// The numbers of a comma-separated file, row by row; empty lines give empty rows.
+std::vector<std::vector<double>> csv_rows(const std::string& text);
