@@ -64,7 +64,7 @@ fftw::~fftw() {
   if (plan != nullptr) fftw_destroy_plan(plan);
 }
 
-void fftw::noplan() {
+void noplan() {
   std::cerr << "zerith: Unable to construct FFTW plan" << std::endl;
   std::exit(1);
 }

@@ -22,6 +22,9 @@ void PutWisdom(char c, std::ofstream& s);
 // Seconds of wall clock since the last call.
 double seconds();
 
+// A plan could not be made: says so and ends the process with exit status 1.
+[[noreturn]] void noplan();
+
 class fftw {
  public:
   fftw(const fftw&) = delete;
@@ -68,7 +71,6 @@ class fftw {
   unsigned int threads = 1;
 
  private:
-  [[noreturn]] static void noplan();
   void TryThreads(Complex* in, Complex* out);
   double MeanTime(Complex* in, Complex* out, int* runs, double* stdev);
 };

@@ -1,9 +1,14 @@
 // The run flags, the branch on the CPU, and the flux profile that both branches write.
+#include <omp.h>
+
 #include <algorithm>
 
+#include "chCommandLine.h"
+#include "diagnostics.h"
 #include "main/output_file.h"
 #include "main/results.h"
 #include "main/stages.h"
+#include "wpm/progress.h"
 
 namespace {
 
@@ -13,6 +18,35 @@ void warn_of_unwritable_results(const Run& run) {
   if (run.is_cpu) names.insert(names.end(), {"E_cpu.csv", "EFlux_cpu.csv", "EFlux_cpu_Z.csv"});
   if (run.is_store && !names.empty()) names.push_back(run.record);
   for (const std::string& name : names) warn_if_unwritable(name);
+}
+
+// The number of OpenMP threads of the propagators, the host stand-in's included: 1 unless the user
+// says otherwise, so that times compare from run to run; 0 for all cores. Results do not depend
+// on it.
+void set_threads(const Run& run) {
+  int threads = 1;
+  chCommandLineGet(&threads, "threads", run.argc, run.argv);
+  if (threads < 0)
+    diagnostics::fail("--threads " + std::to_string(threads) +
+                      ": write the number of threads, or 0 for all cores");
+  omp_set_num_threads(threads == 0 ? omp_get_num_procs() : threads);
+}
+
+// What the reference would take at most, every plane wave kept.
+double reference_seconds(const Run& run) {
+  constexpr double kSecondsPerTerm = 25e-9;
+  const auto samples = static_cast<double>(run.plane_samples());
+  return std::max(0, run.nz - 1) * samples * samples * kSecondsPerTerm / omp_get_max_threads();
+}
+
+void tell_how_it_is_summed(const Run& run) {
+  constexpr double kLongRun = 30.0;  // s
+  const double seconds = reference_seconds(run);
+  if (run.is_fast)
+    diagnostics::note("plane waves are summed by transforms (--fast)");
+  else if (seconds > kLongRun)
+    diagnostics::note("this run takes up to about " + duration_in_words(seconds) +
+                      "; --fast gives the same field sooner");
 }
 
 }  // namespace
@@ -27,6 +61,9 @@ void read_run_flags(Run& run) {
   if (run.is_gpu) log << "option -g : --run-gpu" << std::endl;
   run.is_compare = run.has_option("c", "compare");
   if (run.is_compare) log << "option -c : --compare" << std::endl << std::endl;
+
+  run.is_fast = chCommandLineGetBool("fast", run.argc, run.argv);
+  set_threads(run);
 
   // A record without a name must be noticed before the propagation, not behind it.
   if (run.is_store && (run.is_cpu || run.is_gpu))
@@ -58,8 +95,10 @@ void run_on_cpu(Run& run) {
   const Log& log = run.log;
   log << "Applying simulation on CPU ... " << std::flush;
   if (run.nz > 1) std::fill(run.F + run.plane_samples(), run.F + run.voxels(), 0.0);
+  tell_how_it_is_summed(run);
+  const auto propagate = run.is_fast ? zerith_fast_3D : zerith_3D;
   run.cpuTimer.start();
-  zerith_3D(run.E, run.F, run.N, run.KX, run.X, run.KY, run.Y, run.k0, run.dz, run.dy, run.dx,
+  propagate(run.E, run.F, run.N, run.KX, run.X, run.KY, run.Y, run.k0, run.dz, run.dy, run.dx,
             run.nz, run.ny, run.nx, run.do_evanescent_modes, run.is_magnetic_field, run.pol);
   run.cpuTimer.stop();
   log_timed(log, run.cpuTimer);

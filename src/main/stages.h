@@ -60,7 +60,8 @@ struct Run {
   int s = DEFAULT_LAYER;
 
   bool is_store = false, is_cpu = false, is_gpu = false, is_compare = false;
-  std::string record;  // file name of the run record
+  bool is_fast = false;  // sum the plane waves by transforms
+  std::string record;    // file name of the run record
   int kernel = DEFAULT_KERNEL;
   int blockSize = DEFAULT_BLOCK_SIZE;
 
@@ -95,7 +96,8 @@ void build_volumes(Run& run);
 // Writes N_sys.csv, E_inp.csv and F_inp.csv.
 void export_inputs(Run& run);
 
-// Reads what is to be run, and says before hours have passed which results could not be written.
+// Reads what is to be run and how, and says before hours have passed which results could not be
+// written.
 void read_run_flags(Run& run);
 
 // Propagates on the device and writes E_gpu.csv, EFlux_gpu.csv and EFlux_gpu_Z.csv.

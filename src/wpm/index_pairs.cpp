@@ -26,6 +26,10 @@ struct HashBits {
 
 }  // namespace
 
+bool same_bits(const IndexPair& a, const IndexPair& b) {
+  return bits_of(a.n_i, a.n_t) == bits_of(b.n_i, b.n_t);
+}
+
 IndexPairs find_index_pairs(const cpx* N_i, const cpx* N_t, std::size_t count) {
   IndexPairs found;
   found.which.reserve(count);

@@ -6,6 +6,9 @@
 
 #include "wpm/modes.h"
 
+// Equal to the bit: 0 and -0 differ, a NaN equals itself.
+bool same_bits(const IndexPair& a, const IndexPair& b);
+
 struct IndexPairs {
   std::vector<IndexPair> pairs;      // distinct to the bit, in order of first appearance
   std::vector<std::uint32_t> which;  // of each sample, its place in pairs

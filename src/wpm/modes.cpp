@@ -32,6 +32,16 @@ cpx longitudinal_phase(const cpx& kz_t, const cpx& n_t, const StepOptions& step)
 
 }  // namespace
 
+bool is_weak(const cpx& s) {
+  // The modulus lies between the larger part and the sum of the two; it is worked out only where
+  // that leaves the answer open. A NaN is not weak.
+  const double re = std::fabs(s.real());
+  const double im = std::fabs(s.imag());
+  if (re >= kSpectrumCutOff || im >= kSpectrumCutOff) return false;
+  if (re + im < 0.9999 * kSpectrumCutOff) return true;
+  return std::abs(s) < kSpectrumCutOff;
+}
+
 std::vector<PlaneWave> plane_waves(const cpx* S, const cpx* KX, const cpx* KY, int ny, int nx) {
   const double fn = static_cast<double>(nx) * ny;
   std::vector<PlaneWave> waves;
@@ -39,7 +49,7 @@ std::vector<PlaneWave> plane_waves(const cpx* S, const cpx* KX, const cpx* KY, i
     for (int p = 0; p < nx; ++p) {
       const cpx s = S[static_cast<std::size_t>(q) * static_cast<std::size_t>(nx) +
                       static_cast<std::size_t>(p)];
-      if (std::abs(s) < kSpectrumCutOff) continue;
+      if (is_weak(s)) continue;
       // The sign undoes the shift of the grid's origin to the middle of the slice; exactly so for
       // even sizes.
       const double sign = (p + q) % 2 == 0 ? 1.0 : -1.0;

@@ -16,8 +16,12 @@ struct PlaneWave {
   [[nodiscard]] bool is_vertical_incidence() const { return p == 0 && q == 0; }
 };
 
-// The plane waves of S, the raw transform of a slice, [ny][nx], in order of q, then p. Those below
-// 0.0001 in modulus are dropped: an absolute bound, so a field that is weak everywhere is lost.
+// Whether a raw transform value is below 0.0001 in modulus: such plane waves are dropped. The bound
+// is absolute, so a field that is weak everywhere is lost.
+bool is_weak(const cpx& s);
+
+// The plane waves of S, the raw transform of a slice, [ny][nx], in order of q, then p, without the
+// weak ones.
 std::vector<PlaneWave> plane_waves(const cpx* S, const cpx* KX, const cpx* KY, int ny, int nx);
 
 // The indices on either side of a step at a sample.

@@ -79,3 +79,12 @@ cpx fresnelTTM(const cpx& n_i, const cpx& n_t, const cpx& kz_i, const cpx& kz_t)
 void zerith_3D(cpx* E, double* F, const cpx* N, const cpx* KX, const double* X, const cpx* KY,
                const double* Y, double k0, double dz, double dy, double dx, int nz, int ny, int nx,
                bool do_evanescent_modes, bool is_magnetic_field, polarization pol);
+
+// The same field and flux by transforms: max|dE| stays within 1e-11 of max|E| over a hundred
+// slices. Same arguments; KX, X and KY, Y must be what init_F and init_X make, or the reference
+// takes over. For each pair of indices that a step holds, the plane waves' amplitudes behind it
+// form one spectrum, and one inverse transform sums them at all samples. A step with so many pairs
+// that the direct sum is cheaper takes that. Cost (nz-1) * pairs * nx*ny*log(nx*ny).
+void zerith_fast_3D(cpx* E, double* F, const cpx* N, const cpx* KX, const double* X, const cpx* KY,
+                    const double* Y, double k0, double dz, double dy, double dx, int nz, int ny,
+                    int nx, bool do_evanescent_modes, bool is_magnetic_field, polarization pol);

@@ -121,6 +121,11 @@ const std::vector<NamedScene>& scene_table() {
     s.fill(0, 3, 2.0);
     s.fill(3, s.nz, 1.2);
   };
+  // Each slice of a magnetic field is weaker by n/(k0 * 377), some 4e-10: start high.
+  const auto magnetic = [](Scene& s) {
+    s.is_magnetic_field = true;
+    for (cpx& e : s.E) e *= 1e9;
+  };
   static const std::vector<NamedScene> table = {
       {"uniform", beam},
       with("uniform_no_evanescent", beam, [](Scene& s) { s.do_evanescent_modes = false; }),
@@ -141,10 +146,9 @@ const std::vector<NamedScene>& scene_table() {
            [=](Scene& s) { step_down(s), s.do_evanescent_modes = false; }),
       {"guide_TE", guide},
       with("guide_TM", guide, [](Scene& s) { s.pol = TM; }),
-      with("guide_magnetic", guide, [](Scene& s) { s.is_magnetic_field = true; }),
+      with("guide_magnetic", guide, magnetic),
       {"lossy_guide_TE", lossy},
-      with("lossy_guide_TM_magnetic", lossy,
-           [](Scene& s) { s.pol = TM, s.is_magnetic_field = true; }),
+      with("lossy_guide_TM_magnetic", lossy, [=](Scene& s) { magnetic(s), s.pol = TM; }),
       {"odd_guide", [] { return guide_scene(15, 15, 5, 1.5, 1.45); }},
       {"wide_guide", [] { return guide_scene(18, 12, 5, 1.5, 1.45); }},
       {"tall_odd_guide", [] { return guide_scene(10, 15, 5, 1.5, 1.45); }},

@@ -24,10 +24,10 @@ class Threads {
   Threads& operator=(const Threads&) = delete;
 };
 
-class EveryScene : public testing::TestWithParam<NamedScene> {};
+class ReferenceScene : public testing::TestWithParam<NamedScene> {};
 
 // Equality, not tolerance: economies may change no bit, and neither may the number of threads.
-TEST_P(EveryScene, EqualsThePlainNestForAnyNumberOfThreads) {
+TEST_P(ReferenceScene, EqualsThePlainNestForAnyNumberOfThreads) {
   Scene expected = GetParam().make();
   expected.propagate(plain_nest_3D);
   for (const int threads : {1, 2, 3, 7}) {
@@ -39,7 +39,7 @@ TEST_P(EveryScene, EqualsThePlainNestForAnyNumberOfThreads) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Reference, EveryScene, testing::ValuesIn(scene_table()),
+INSTANTIATE_TEST_SUITE_P(Every, ReferenceScene, testing::ValuesIn(scene_table()),
                          [](const auto& named) { return named.param.name; });
 
 TEST(Propagator, CarriesTheStrangeBitForBitToo) {
