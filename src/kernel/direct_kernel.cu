@@ -3,13 +3,6 @@
 #include "kernel/kernels.cuh"
 #include "kernel/mode.cuh"
 
-namespace {
-
-// On the raw transform, before sign and normalisation: absolute, whatever the grid and the field.
-constexpr double kWeakest = 0.0001;
-
-}  // namespace
-
 __global__ void naiveKernel_3D(cufftDoubleComplex* E, double* F, const cufftDoubleComplex* N,
                                const cufftDoubleComplex* KX, const cufftDoubleComplex* KY,
                                const cufftDoubleComplex* S, const double* X, const double* Y,
@@ -27,17 +20,13 @@ __global__ void naiveKernel_3D(cufftDoubleComplex* E, double* F, const cufftDoub
   const int idx_1 = idx_0 + plane;
   const double x = X[i];
   const double y = Y[j];
-  const double fn = plane;
   const device::IndexPair pair = device::index_pair(N[idx_0], N[idx_1], k0, dz);
   const device::ModeRules rules = {do_evanescent_modes, is_magnetic_field, is_TE};
 
   for (int q = 0; q < ny; ++q) {
     for (int p = 0; p < nx; ++p) {
-      device::Complex f = S[q * nx + p];
-      if (cuCabs(f) < kWeakest) continue;
-      const double sign = (p + q) % 2 == 0 ? 1.0 : -1.0;  // the grid's origin is its middle
-      f = make_cuDoubleComplex(f.x * sign / fn, f.y * sign / fn);
-
+      device::Complex f;
+      if (!device::normalised_amplitude(S, p, q, nx, ny, &f)) continue;
       const double kx = KX[p].x;
       const double ky = KY[q].x;
       const double kxy_sq = pow(kx, 2.0) + pow(ky, 2.0);

@@ -8,16 +8,15 @@
 
 #include <cuda_runtime.h>
 
+#include <functional>
+
 // Advances E through slices 1..nz-1: scalar wave propagation method, unidirectional.
-//   E  in/out [nz][ny][nx]  slice 0 given; terms are added to the others, which hold zero or a
-//   field
-//                           to add to
+//   E  in/out [nz][ny][nx]  slice 0 given; terms are added to what the others hold
 //   F  in/out [nz][ny][nx]  energy flux, added to likewise
 //   N  in     [nz][ny][nx]  n + i*kappa, kappa > 0 absorbs
 //   KX, KY in [nx], [ny]    transform order, real parts;  X, Y in [nx], [ny]  centred
-//   blockSize               edge of a square block of threads; outside 1..32 no launch succeeds,
-//   the
-//                           slices stay as they are and error 9 is left
+//   blockSize               edge of a square block of threads; outside 1..32 no launch succeeds:
+//                           the slices stay as they are and error 9 is left
 // dy and dx are not used. Covers i < min(nx, B*ceil(ny/B)) and j < min(ny, B*ceil(nx/B)), B being
 // blockSize: all samples of a square grid, not all of another. NaN in, NaN out.
 // Cost (nz-1)*(nx*ny)^2.
@@ -25,6 +24,36 @@ void naiveKernelWrapper_3D(double2* E, double* F, double2* N, double2* KX, doubl
                            double* Y, double k0, double dz, double dy, double dx, int nz, int ny,
                            int nx, int blockSize, bool do_evanescent_modes, bool is_magnetic_field,
                            bool is_TE);
+
+// One axis as a discrete transform sees it: host arrays of n elements. The sum over plane waves is
+// an inverse transform of amplitudes at bins, each turned by its frequency's phase, and drifts from
+// it in proportion to the bin's frequency number and the sample's position.
+struct FastAxis {
+  int n;
+  const int* bin;        // of each frequency; on odd sizes the last shares bin 0 with the first
+  const double2* phase;  // of each frequency, the sign (-1)^p included
+  const double* number;  // of each bin
+  const double* drift;   // of each sample, rad per frequency number
+};
+
+// The distinct pairs of indices of a step, and which of them each sample has: host arrays.
+struct StepPairs {
+  int count;
+  const double2* n_i;     // [count] before the step
+  const double2* n_t;     // [count] behind it
+  const unsigned* which;  // [ny][nx]
+};
+
+// Of the step from slice k; valid until the next call.
+using PairsOfStep = std::function<StepPairs(int k)>;
+
+// The same as naiveKernelWrapper_3D, to round-off, by transforms: three for each pair of indices of
+// a step. A step whose pairs are many takes the direct kernel. Cost (nz-1)*pairs*nx*ny*log(nx*ny).
+void fastKernelWrapper_3D(double2* E, double* F, double2* N, double2* KX, double* X, double2* KY,
+                          double* Y, double k0, double dz, double dy, double dx, int nz, int ny,
+                          int nx, int blockSize, bool do_evanescent_modes, bool is_magnetic_field,
+                          bool is_TE, const FastAxis& x, const FastAxis& y,
+                          const PairsOfStep& pairs_of_step);
 
 // A simpler model on lines instead of planes, with the spectrum staged through shared memory:
 // sample m of slice s is element s*nx + m. No flux, no evanescent modes; only whole tiles of

@@ -18,6 +18,21 @@ struct ModeRules {
   bool is_TE;                // TE transmission, else TM
 };
 
+// Weakest plane wave that is carried, on the raw transform, before sign and normalisation:
+// absolute, whatever the grid and the field.
+inline constexpr double kWeakest = 0.0001;
+
+// Plane wave (p, q) of the raw transform S [ny][nx], normalised, in *f; false if it is too weak.
+__device__ inline bool normalised_amplitude(const Complex* S, int p, int q, int nx, int ny,
+                                            Complex* f) {
+  const Complex s = S[q * nx + p];
+  if (cuCabs(s) < kWeakest) return false;
+  const double sign = (p + q) % 2 == 0 ? 1.0 : -1.0;  // the grid's origin is its middle
+  const double fn = nx * ny;
+  *f = make_cuDoubleComplex(s.x * sign / fn, s.y * sign / fn);
+  return true;
+}
+
 // What a step between two indices costs once for all waves.
 struct IndexPair {
   double nk0_i, nk0_t;        // k0*Re(n), rad/m
@@ -36,7 +51,7 @@ struct DeviceMode {
   bool updates_flux;
   Complex f_t;    // amplitude behind the step, with the magnetic scale where it is asked for
   Complex phi_z;  // longitudinal phase of the step; the lateral one is added to its real part
-  double flux;    // Re(kz_t)*|f_t|^2, without the magnetic scale
+  double flux;    // Re(kz_t)*|f_t|^2, without the magnetic scale; 0 if it isn't to be added
 };
 
 __device__ inline IndexPair index_pair(Complex n_i, Complex n_t, double k0, double dz) {
@@ -113,7 +128,7 @@ __device__ inline DeviceMode mode_for_pair(const IndexPair& pair, Complex f, dou
   }  // else cut off at the step: a term of zero is still a term
 
   mode.updates_flux = is_propagating || is_coupled_in;
-  mode.flux = kz_t.x * pow(cuCabs(mode.f_t), 2.0);
+  if (mode.updates_flux) mode.flux = kz_t.x * pow(cuCabs(mode.f_t), 2.0);
   if (rules.is_magnetic_field) mode.f_t = scale(mode.f_t, pair.magnetic_scale);
 
   mode.phi_z = scale(kz_t, dz);

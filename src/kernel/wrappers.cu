@@ -2,49 +2,23 @@
 // stream, whose order is all the synchronisation there is.
 #include <cufft.h>
 
-#include <cmath>
 #include <cstdlib>
 #include <iostream>
 
 #include "kernel/kernel.h"
 #include "kernel/kernels.cuh"
 #include "kernel/launch.h"
-
-namespace {
-
-// Transform plan and spectrum buffer of a call; both are left to the end of the process.
-struct Spectrum {
-  cufftHandle plan = 0;
-  cufftDoubleComplex* S = nullptr;
-
-  // nx is the slow extent, as on the CPU: a plane is read as nx rows of ny samples.
-  Spectrum(int ny, int nx, cufftType type) {
-    const int plane = nx * ny;
-    cufftPlan2d(&plan, nx, ny, type);
-    cudaMalloc(&S, static_cast<std::size_t>(plane) * sizeof(*S));
-  }
-
-  void transform(cufftDoubleComplex* slice) const { cufftExecZ2Z(plan, slice, S, CUFFT_FORWARD); }
-};
-
-// Blocks that cover count samples. A block of no or negative extent gives a number of blocks that
-// the launch refuses, as it refuses the block.
-unsigned blocks_for(int count, int blockSize) {
-  if (blockSize == 0) return 0;
-  return static_cast<unsigned>(static_cast<int>(std::ceil(static_cast<double>(count) / blockSize)));
-}
-
-}  // namespace
+#include "kernel/spectrum.h"
 
 void naiveKernelWrapper_3D(double2* E, double* F, double2* N, double2* KX, double* X, double2* KY,
                            double* Y, double k0, double dz, double dy, double dx, int nz, int ny,
                            int nx, int blockSize, bool do_evanescent_modes, bool is_magnetic_field,
                            bool is_TE) {
   const int plane = nx * ny;
-  const Spectrum spectrum(ny, nx, CUFFT_Z2Z);
+  const device::Spectrum spectrum(ny, nx, CUFFT_Z2Z);
   const auto edge = static_cast<unsigned>(blockSize);
   const dim3 block_dim(edge, edge, 1);
-  const dim3 grid_dim(blocks_for(nx, blockSize), blocks_for(ny, blockSize), 1);
+  const dim3 grid_dim(device::blocks_for(nx, blockSize), device::blocks_for(ny, blockSize), 1);
   for (int k = 0; k < nz - 1; ++k) {
     spectrum.transform(E + k * plane);
     // A refused launch leaves the slice as it is; the caller finds the error after synchronising.
@@ -58,9 +32,9 @@ void shMemKernelWrapper_3D(double2* E, double2* N, double2* KX, double* X, doubl
                            int fresnel) {
   // A single-precision plan for double-precision transforms: a defect that stands. The transforms
   // fail, and the kernels read whatever S holds.
-  const Spectrum spectrum(ny, nx, CUFFT_C2C);
+  const device::Spectrum spectrum(ny, nx, CUFFT_C2C);
   const dim3 block_dim(static_cast<unsigned>(blockSize), 1, 1);
-  const dim3 grid_dim(blocks_for(nx * ny, blockSize), 1, 1);
+  const dim3 grid_dim(device::blocks_for(nx * ny, blockSize), 1, 1);
   const std::size_t sharedMemorySize = static_cast<std::size_t>(blockSize) * 2 * sizeof(double2);
 
   if (fresnel != 0 && fresnel != 1) {

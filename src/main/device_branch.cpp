@@ -3,6 +3,7 @@
 
 #include "diagnostics.h"
 #include "kernel/kernel.h"
+#include "main/device_fast.h"
 #include "main/results.h"
 #include "main/stages.h"
 
@@ -115,9 +116,13 @@ void propagate(Run& run, const DeviceArrays& device) {
               << std::endl;
   if (run.kernel != 0 && run.kernel != 1) return;
   run.kernelTimer.start();
-  naiveKernelWrapper_3D(device.d_E, device.d_F, device.d_N, device.d_KX, device.d_X, device.d_KY,
-                        device.d_Y, run.k0, run.dz, run.dy, run.dx, run.nz, run.ny, run.nx,
-                        run.blockSize, run.do_evanescent_modes, run.is_magnetic_field, run.is_TE);
+  if (run.is_fast && transforms_serve(run))
+    propagate_fast_on_device(run, device.d_E, device.d_F, device.d_N, device.d_KX, device.d_X,
+                             device.d_KY, device.d_Y);
+  else
+    naiveKernelWrapper_3D(device.d_E, device.d_F, device.d_N, device.d_KX, device.d_X, device.d_KY,
+                          device.d_Y, run.k0, run.dz, run.dy, run.dx, run.nz, run.ny, run.nx,
+                          run.blockSize, run.do_evanescent_modes, run.is_magnetic_field, run.is_TE);
   run.kernelTimer.stop();
 }
 

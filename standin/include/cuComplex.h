@@ -43,7 +43,7 @@ inline double cuCabs(cuDoubleComplex z) {
   const double im = std::fabs(z.y);
   const double v = re > im ? re : im;
   const double w = re > im ? im : re;
-  if (v == 0.0 || std::isinf(v) || std::isinf(w)) return v + w;
+  if (v == 0.0 || std::isinf(v)) return v + w;
   const double ratio = w / v;
   return v * std::sqrt(1.0 + ratio * ratio);
 }

@@ -7,8 +7,6 @@
 // NOLINTBEGIN(bugprone-reserved-identifier): the language extensions have these names.
 #define __global__
 #define __device__
-#define __host__
-#define __forceinline__ inline
 // NOLINTEND(bugprone-reserved-identifier)
 
 struct alignas(16) double2 {

@@ -24,7 +24,13 @@ inline constexpr int CUFFT_INVERSE = 1;
 // is no execution here.
 cufftResult cufftPlan2d(cufftHandle* plan, int nx, int ny, cufftType type);
 
-// The unnormalised transform of input [nx][ny] into output [nx][ny], in place if they are the same.
+// batch such transforms, one behind the other: rank is 2, extents are slowest first, and the
+// layouts are contiguous: null, or 1 and the product of the extents.
+cufftResult cufftPlanMany(cufftHandle* plan, int rank, int* extents, int* inembed, int istride,
+                          int idist, int* onembed, int ostride, int odist, cufftType type,
+                          int batch);
+
+// The unnormalised transform of input [batch][nx][ny] into output, in place if they are the same.
 // A plan of another type than CUFFT_Z2Z is refused and output stays as it is. Memory that is not
 // the device's is an illegal address, as in a kernel.
 cufftResult cufftExecZ2Z(cufftHandle plan, cufftDoubleComplex* input, cufftDoubleComplex* output,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,9 @@ struct Scene {
 struct NamedScene {
   std::string name;
   std::function<Scene()> make;
+
+  // How a failing test is named.
+  friend void PrintTo(const NamedScene& scene, std::ostream* out) { *out << scene.name; }
 };
 
 // Uniform media, index steps, loss, evanescent waves, both polarizations and none, the magnetic

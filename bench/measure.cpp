@@ -1,0 +1,77 @@
+#include "measure.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+
+namespace bench {
+namespace {
+
+double median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  const std::size_t middle = values.size() / 2;
+  return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+}
+
+}  // namespace
+
+double seconds(const Work& work) {
+  const auto begin = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+}
+
+double median_seconds(const Work& work, int runs) {
+  std::vector<double> times;
+  for (int run = 0; run < runs; ++run) times.push_back(seconds(work));
+  return median(times);
+}
+
+Pair compare(const Work& a, const Work& b, int runs) {
+  a();
+  b();
+  std::vector<double> times_a;
+  std::vector<double> times_b;
+  std::vector<double> ratios;
+  for (int run = 0; run < runs; ++run) {
+    times_a.push_back(seconds(a));
+    times_b.push_back(seconds(b));
+    ratios.push_back(times_a.back() / times_b.back());
+  }
+  return {median(times_a), median(times_b), median(ratios)};
+}
+
+Scene growing_guide(int n, int slices) {
+  constexpr double kSpacing = 0.25e-6;
+  Scene scene(n, n, slices, kSpacing, kSpacing, kSpacing, 1e-6);
+  for (int k = 0; k < slices; ++k) {
+    const double radius = n * kSpacing * 0.2 * (1 + 0.5 * k / slices);
+    for (int j = 0; j < n; ++j)
+      for (int i = 0; i < n; ++i) {
+        const double x = scene.X[static_cast<std::size_t>(i)];
+        const double y = scene.Y[static_cast<std::size_t>(j)];
+        scene.N[scene.index(k, j, i)] = x * x + y * y > radius * radius ? 1.45 : 1.5;
+      }
+  }
+  scene.illuminate([](double x, double y) { return 1e8 * std::exp(-(x * x + y * y) / 0.1e-12); });
+  return scene;
+}
+
+void require_same(const Scene& a, const Scene& b, double bound, const std::string& what) {
+  double largest = 0.0;
+  double difference = 0.0;
+  for (std::size_t s = 0; s < a.E.size(); ++s) {
+    largest = std::max(largest, std::abs(a.E[s]));
+    const double d = std::abs(a.E[s] - b.E[s]);
+    if (!(d <= difference)) difference = d;
+  }
+  if (difference <= bound * largest) return;
+  std::printf("%s: the fields differ by %g of the largest value\n", what.c_str(),
+              difference / largest);
+  std::exit(1);
+}
+
+}  // namespace bench

@@ -1,0 +1,174 @@
+// The whole log of small runs, byte for byte; the times alone are replaced.
+#include <gtest/gtest.h>
+
+#include "cli/configuration.h"
+#include "support/process.h"
+
+namespace {
+
+// 1/(8 um) = 0.125e6/m, 1/(1 um) = 1e6/m, asin(1/8) = 7.18076 degrees; 64 samples of a flux of
+// k0 = 6.2831853e6.
+constexpr const char* kPlaneWaveLog =
+    "\nInitialization ...\n\tConfiguration file ...\t\ta.cfg\n\tParsing ... \t\ta.cfg\n"
+    "\t\t\t\t[global]\n\t\t\t\t\tscale =\tum\n\t\t\t\t\tpolarization =\tte\n\t\t\t\t\tx =\t8\n"
+    "\t\t\t\t\ty =\t8\n\t\t\t\t\tz =\t1\n\t\t\t\t\tnx =\t8\n\t\t\t\t\tny =\t8\n\t\t\t\t\tnz =\t6\n"
+    "\t\t\t\t[/global]\n"
+    "\t\t\t\t[wave]\n\t\t\t\t\tlambda =\t1\n\t\t\t\t\tamp =\t1\n\t\t\t\t\tshape =\tplane\n"
+    "\t\t\t\t[/wave]\n"
+    "\t\t\t\t[layer]\n\t\t\t\t\tz =\t1\n\t\t\t\t\tn =\t1\n\t\t\t\t[/layer]\n"
+    "\tParsing ... \t\tdone.\n\n"
+    "\tEvanescent modes ...\t1\n\tMethod ...\t\tWPM\n\tPolarization ...\tTE\n\tSampling ...\n"
+    "\t\tSpace X ...\tdone.\tnx=8, dx=1e-06m, ax=8e-06m\n"
+    "\t\tSpace Y ...\tdone.\tny=8, dy=1e-06m, ay=8e-06m\n"
+    "\t\tSpace Z ...\tdone.\tnz=6, dz=1.66667e-07m, az=1e-06m\n"
+    "\t\tFreq X ...\tdone.\tdfx=0.125MHz, fmax_x=1MHz, flim_x=0.5MHz, dtheta_x=7.18076°\n"
+    "\t\tFreq Y ...\tdone.\tdfy=0.125MHz, fmax_y=1MHz, flim_y=0.5MHz, dtheta_y=7.18076°\n"
+    "\tSampling ... \t\tdone.\n\n"
+    "\tSystem ...\n\t\t\t\tcreate HOMOG ... \n\tSystem ... \t\tdone.\n\n"
+    "\tEnergy flux ... \tmemory initialized zero\n\tEnergy flux ... \tmemory allocated.\n"
+    "\tWave ...\n\t\t\t\tcreate PLANE ...\n\n\x1b[31m\t\t\t\tscale = 1e-06\n"
+    "\t\t\t\tamplitude = 1\n\t\t\t\tlambda = 1\n\t\t\t\ttheta = 0\n\t\t\t\tphi = 0\n\t\t\t\tx = 0\n"
+    "\t\t\t\ty = 0\n\t\t\t\tsx = 0\n\t\t\t\tsy = 0\n\t\t\t\tsz = 1\n\x1b[0m\n"
+    "\tWave ... \t\tdone.\n\n\t         \t\tlambda = 1e-06\n\nInitialization ... \t\tdone. Tms\n\n"
+    "option -r : store results\noption -p : --run-cpu\noption -c : --compare\n\n"
+    "Applying simulation on CPU ... done. Tms\n\n\t[CPU] flux0: ... \t 4.02124e+08\n";
+
+// A run, told by what its log has in place of the plane wave's.
+struct LoggedRun {
+  std::vector<std::string> arguments;
+  std::string grid, layer, wave;
+  std::vector<std::pair<std::string, std::string>> changes;
+};
+
+// clang-format off
+const std::vector<LoggedRun> kRuns = {
+    {{"-i", "a.cfg", "-p", "-r", "r.csv", "-c"}, "", "n = 1", "shape = plane", {}},
+    {{"--config-file", "a.cfg"}, "hfield = 1\npolarization = tm", "type = asphere",
+     "shape = gaussian\ntheta = 30\nphi = 90\nbeta = 0.5\nsigmax=2\nsigmay=2",
+     {{"nz =\t6\n", "nz =\t6\n\t\t\t\t\thfield =\t1\n\t\t\t\t\tpolarization =\ttm\n"},
+      {"shape =\tplane\n", "shape =\tgaussian\n\t\t\t\t\ttheta =\t30\n\t\t\t\t\tphi =\t90\n"
+       "\t\t\t\t\tbeta =\t0.5\n\t\t\t\t\tsigmax =\t2\n\t\t\t\t\tsigmay =\t2\n"},
+      {"n =\t1\n\t\t\t\t[/layer]", "type =\tasphere\n\t\t\t\t[/layer]"},
+      {"\tEvanescent", "\tMagnetic field ...\t1\n\tEvanescent"},
+      {"TE\n", "TM\n"},
+      {"create HOMOG ... ", "create ASPHERE (not supported yet)"},
+      {"PLANE", "GAUSSIAN"},
+      // cos of half the nine-digit pi is 1.8e-9, halved by sin 30 degrees
+      {"theta = 0\n\t\t\t\tphi = 0\n\t\t\t\tx = 0\n\t\t\t\ty = 0\n\t\t\t\tsx = 0\n\t\t\t\tsy = 0\n\t\t\t\tsz = 1",
+       "theta = 30\n\t\t\t\tphi = 90\n\t\t\t\tbeta = 0.5\n\t\t\t\tsx = 8.97448e-10\n\t\t\t\tsy = 0.5\n"
+       "\t\t\t\tsz = 0.866025"}}},
+    {{"-i", "b.cfg", "-i", "a.cfg", "-r"}, "evanescent = 0\npolarization = na", "type = mzehnder",
+     "shape = random",
+     {{"nz =\t6\n", "nz =\t6\n\t\t\t\t\tevanescent =\t0\n\t\t\t\t\tpolarization =\tna\n"},
+      {"shape =\tplane", "shape =\trandom"},
+      {"n =\t1\n\t\t\t\t[/layer]", "type =\tmzehnder\n\t\t\t\t[/layer]"},
+      {"modes ...\t1", "modes ...\t0"},
+      {"\tTE\n", "\t\x1b[31mError, missing polarization for scalar method a.cfg. Please specify the "
+                 "polarization, i.e. TE or TM.\x1b[0m\n"},
+      {"create HOMOG ... ", "MZEHNDER (not supported yet)"},
+      {"PLANE", "RANDOM"},
+      {"\t\t\t\tamplitude = 1\n\t\t\t\tlambda = 1\n\t\t\t\ttheta = 0\n\t\t\t\tphi = 0\n\t\t\t\tx = 0\n"
+       "\t\t\t\ty = 0\n\t\t\t\tsx = 0\n\t\t\t\tsy = 0\n\t\t\t\tsz = 1\n", "*** Random Wave ***\n"}}},
+};
+// clang-format on
+
+std::string expected_log(const LoggedRun& run) {
+  std::string log = kPlaneWaveLog;
+  if (!run.changes.empty()) log.erase(log.find("option -p"));  // prepared, not propagated
+  for (const auto& [old_text, new_text] : run.changes) {
+    const std::size_t place = log.find(old_text);
+    EXPECT_NE(place, std::string::npos) << old_text;
+    log.replace(place, old_text.size(), new_text);
+  }
+  const bool has_record = run.arguments[run.arguments.size() - 1] == "-r" || run.changes.empty();
+  return has_record ? log : log.erase(log.find("option -r"));
+}
+
+TEST(Log, IsDefinedToTheByteAndSilencedByQuiet) {
+  for (const LoggedRun& run : kRuns) {
+    const TempDir directory;
+    directory.write("a.cfg", configuration(run.grid, run.layer, run.wave));
+    const RunResult result = run_zerith(directory, run.arguments);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(without_times(result.out), expected_log(run));
+    for (const char* quiet : {"-q", "--quiet"}) {
+      std::vector<std::string> arguments = run.arguments;
+      arguments.insert(arguments.begin(), quiet);
+      const RunResult silent = run_zerith(directory, arguments);
+      EXPECT_EQ(silent.status, 0);
+      EXPECT_EQ(silent.out + silent.err, "");
+    }
+  }
+}
+
+TEST(Log, EndsWhereTheRunIsRefused) {
+  const TempDir directory;
+  directory.write("a.cfg", configuration("method = bpm"));
+  const RunResult method = run_zerith(directory, {"-i", "a.cfg", "-p"});
+  EXPECT_EQ(method.status, 255);
+  EXPECT_TRUE(
+      method.out.ends_with("\tEvanescent modes ...\t1\n\tMethod ...\t\t\x1b[31mError, unsupported "
+                           "method specified in a.cfg. Please use WPM with this tool.\x1b[0m\n"));
+  EXPECT_FALSE(directory.has("N_sys.csv"));
+
+  const RunResult missing = run_zerith(directory, {"a.cfg"});  // no option names it
+  EXPECT_EQ(missing.status, 255);
+  EXPECT_EQ(missing.out,
+            "\nInitialization ...\n\tConfiguration file ...\t\t<none>\n\tParsing ... \t\t<none>\n"
+            "\x1b[31m[E] Error! Configuration file could not be opened.\x1b[0m\n");
+}
+
+constexpr const char* kHelp = R"(Help:
+  zerith : 
+  Three-dimensional Scalar Wave Propagation Method, unidirectional. Compiled to run on CPU and NVIDIA GPU, e.g. GTX620.
+
+  Usage: 
+  ./as-typed [options][-i <config-file> ]
+
+  -k|--kernel
+      kernel to be used
+      0 = default kernel
+      1 = shared memory kernel
+  -b|--block-size
+      size of thread blocks
+  -i|--config-file
+      configuration file to be used
+  -p|--run-cpu
+      run on cpu
+  -g|--run-gpu
+      run on gpu
+  -c|--compare
+      compare gpu results with cpu
+  -r|--store-results
+      store results to .csv file
+  -x|--cross-section
+      0 = XY
+      1 = XZ
+      2 = YZ
+  -l|--layer
+      layer to be used 
+      specify an interger between 0 and NZ-1 if cross-section (refer to option -x) is XY
+      specify an interger between 0 and NY-1 if cross-section (refer to option -x) is XZ
+      specify an interger between 0 and NX-1 if cross-section (refer to option -x) is YZ
+      NX, NY and NZ are specified in the configuration file (refer to option -i)
+  -q|--quiet
+      disables text display
+  -v|--version
+      print version
+
+)";
+
+TEST(Log, HelpBeatsVersionAndVersionAllTheRest) {
+  const TempDir directory;
+  const std::string program = "ln -sf $ZERITH as-typed && ./as-typed ";
+  for (const auto& [line, text] : {std::pair("-h", kHelp),
+                                   {"-v -q --help -i", kHelp},
+                                   {"-p --v", "Version 0.10\n"},
+                                   {"-q -version -i", "Version 0.10\n"}}) {
+    const RunResult result = run_shell(directory, program + line);
+    EXPECT_EQ(result.status, 0) << line;
+    EXPECT_EQ(result.out + result.err, text) << line;
+  }
+}
+
+}  // namespace
