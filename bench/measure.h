@@ -29,7 +29,8 @@ Pair compare(const Work& a, const Work& b, int runs);
 // plane waves are all kept: three pairs of indices a step.
 Scene growing_guide(int n, int slices);
 
-// Ends the program with status 1 unless the fields agree within bound of the largest value.
+// Ends the program with status 1 unless the fields of every slice agree within bound of its largest
+// value.
 void require_same(const Scene& a, const Scene& b, double bound, const std::string& what);
 
 // One section each; every one verifies before it times.

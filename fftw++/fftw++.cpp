@@ -52,8 +52,9 @@ double seconds() {
   return elapsed;
 }
 
-fftw::fftw(unsigned int doubles_, int sign_)
-    : doubles(doubles_), sign(sign_), norm(1.0 / (doubles_ / 2)) {
+fftw::fftw(unsigned int doubles_, int sign_) : doubles(doubles_), sign(sign_), norm(1.0) {
+  const unsigned int elements = doubles / 2;
+  norm /= elements;
   static bool initialize = true;
   if (!initialize) return;
   fftw_init_threads();

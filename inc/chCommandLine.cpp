@@ -38,8 +38,9 @@ bool chCommandLineGet(T* p, const char* keyword, int argc, char* argv[]) {
     ++i;  // on a match the walk goes on behind the value
     if (i >= argc) {
       const std::string option = argv[argc - 1];
-      diagnostics::fail("option " + option + " ends the command line without its value; write " +
-                        option + " VALUE");
+      std::string text = "option ";
+      text.append(option).append(" ends the command line without its value; write ");
+      diagnostics::fail(text.append(option).append(" VALUE"));
     }
     chCommandLinePassback(p, argv[i]);
     found = true;

@@ -54,8 +54,8 @@ void DeviceArrays::require_all() const {
       std::cout << "\t\tError " << status << " on " << name
                 << " alloc : " << cudaGetErrorString(status) << std::endl;
   diagnostics::fail(
-      "the device cannot hold the volumes; make the grid smaller, or run on the CPU "
-      "with -p alone");
+      "not all arrays could be had on the device; give every size of the grid at least 1 and make "
+      "it smaller if the device is full, or run on the CPU with -p alone");
 }
 
 void DeviceArrays::release() {

@@ -20,7 +20,7 @@ class StepPairsOfRun {
 
   StepPairs of(int k) {
     const cpx* N_i = run_.N + static_cast<std::size_t>(k) * run_.plane_samples();
-    pairs_ = find_index_pairs(N_i, N_i + run_.plane_samples(), run_.plane_samples());
+    find_index_pairs(N_i, N_i + run_.plane_samples(), run_.plane_samples(), pairs_);
     n_i_.clear();
     n_t_.clear();
     for (const IndexPair& pair : pairs_.pairs) {

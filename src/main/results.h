@@ -30,5 +30,5 @@ void store_results(std::string filename, std::string cfile, int kernel, int bloc
 // 0/0, never counts.
 double compare(const cufftDoubleComplex* gpu, const cpx* cpu, int nz, int ny, int nx);
 
-// The smallest power of two, from 1 on, that is not below x.
+// The smallest power of two, from 1 on, that is not below x; 2^30 for x above it.
 int nextpow2(double x);

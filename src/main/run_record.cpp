@@ -1,10 +1,13 @@
 #include <sys/stat.h>
 
+#include <climits>
 #include <cmath>
+#include <utility>
 
 #include "main/output_file.h"
 #include "main/results.h"
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): both names come by value
 void store_results(std::string filename, std::string cfile, int kernel, int blockSize, int nz,
                    int ny, int nx, double kernelTime, double cpuTime, double err) {
   struct stat buffer {};
@@ -37,6 +40,6 @@ double compare(const cufftDoubleComplex* gpu, const cpx* cpu, int nz, int ny, in
 
 int nextpow2(double x) {
   int result = 1;
-  while (x > result) result += result;
+  while (x > result && result <= INT_MAX / 2) result += result;  // 2^30 is the last that fits
   return result;
 }

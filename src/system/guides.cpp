@@ -65,13 +65,13 @@ int init_splitter_system(cpx* N, const struct_sysOptions* so, const struct_layer
   const Slab slab(N, *so, l.z / (frame.dz / frame.metres));
   const Disc start = centred_disc(frame, l);
   const double slope = (l.rout - l.rin) / slab.taken;
+  const int middle = slab.taken / 2;
   for (int iz = slab.first; iz < slab.end; ++iz) {
     const int liz = iz - so->izlast;
     // Starts at 0 (the constant is the arctangent of pi) and rises towards 1.61, not 1: the final
     // displacement is about 1.6 times wx and wy.
     const double atan_shape =
-        (std::atan((6.2831853 / slab.taken) * (liz - slab.taken / 2)) + 1.262627255348652) /
-        1.570796325;
+        (std::atan((6.2831853 / slab.taken) * (liz - middle)) + 1.262627255348652) / 1.570796325;
     const Disc core = {l.wx * atan_shape + start.cx, l.wy * atan_shape + start.cy};
     // The threshold is the sum of two equal squares: the disc's radius is radius * sqrt(2).
     const double radius = slope * liz + l.rin;

@@ -50,11 +50,12 @@ Axis::Axis(int n_) : n(n_), folds(n_ / 2 + 1) {
 
 bool is_regular(const cpx* K, const double* X, int n) {
   if (n < 2) return n == 1 && K[0] == 0.0 && X[0] == 0.0;
-  const double spacing = -X[0] / (n / 2);
-  const double step = -K[n / 2].real() / (n / 2);
+  const int half = n / 2;
+  const double spacing = -X[0] / half;
+  const double step = -K[half].real() / half;
   if (!(std::fabs(spacing * step * n / kTwoPi - 1.0) < 1e-12)) return false;
   for (int i = 0; i < n; ++i) {
-    const double position = (i - n / 2) * spacing;
+    const double position = (i - half) * spacing;
     const double frequency = frequency_number(i, n) * step;
     if (!(std::fabs(X[i] - position) <= 1e-12 * n * std::fabs(spacing))) return false;
     if (!(std::fabs(K[i].real() - frequency) <= 1e-12 * n * std::fabs(step))) return false;

@@ -1,4 +1,6 @@
 // The same sums as the reference propagator's, one inverse transform for each pair of indices.
+#include <omp.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -22,12 +24,9 @@ constexpr double kTransformedSample =
 
 class FastPropagator {
  public:
-  FastPropagator(const cpx* KX, const double* X, const cpx* KY, const double* Y, int ny, int nx,
-                 const StepOptions& options)
+  FastPropagator(const cpx* KX, const cpx* KY, int ny, int nx, const StepOptions& options)
       : KX_(KX),
         KY_(KY),
-        X_(X),
-        Y_(Y),
         options_(options),
         x_(nx),
         y_(ny),
@@ -40,26 +39,28 @@ class FastPropagator {
     spectrum_.take(S);
     const std::size_t samples =
         static_cast<std::size_t>(slice.nx) * static_cast<std::size_t>(slice.ny);
-    const IndexPairs pairs = find_index_pairs(slice.N_i, slice.N_t, samples);
-    if (!transforms_serve(pairs, samples)) {
+    find_index_pairs(slice.N_i, slice.N_t, samples, pairs_);
+    if (!transforms_serve(samples)) {
       superpose(plane_waves(S, KX_, KY_, slice.ny, slice.nx), options_, slice);
       return;
     }
-    std::vector<double> flux;  // of a sample, for each pair
-    for (std::uint32_t pair = 0; pair < pairs.pairs.size(); ++pair)
-      flux.push_back(sums_.add(spectrum_, transfers_.get(pairs.pairs[pair]), pairs.which.data(),
-                               pair, slice.E));
-    for (std::size_t s = 0; s < samples; ++s) slice.F[s] += flux[pairs.which[s]];
+    flux_.clear();
+    sums_.begin(pairs_.which.data());
+    for (std::uint32_t pair = 0; pair < pairs_.pairs.size(); ++pair)
+      flux_.push_back(sums_.add(spectrum_, transfers_.get(pairs_.pairs[pair]), pair));
+    sums_.finish(slice.E);
+#pragma omp parallel for schedule(static)
+    for (std::size_t s = 0; s < samples; ++s) slice.F[s] += flux_[pairs_.which[s]];
   }
 
  private:
   // Whether transforms are the cheaper sum, and can give it: infinities and NaN are the direct
   // sum's business.
-  bool transforms_serve(const IndexPairs& pairs, std::size_t samples) {
+  bool transforms_serve(std::size_t samples) {
     if (!spectrum_.is_tame()) return false;
-    const auto count = static_cast<double>(pairs.pairs.size());
+    const auto count = static_cast<double>(pairs_.pairs.size());
     const auto news = static_cast<double>(
-        std::count_if(pairs.pairs.begin(), pairs.pairs.end(),
+        std::count_if(pairs_.pairs.begin(), pairs_.pairs.end(),
                       [&](const IndexPair& pair) { return !transfers_.has(pair); }));
     const auto kept = static_cast<double>(spectrum_.kept());
     const auto size = static_cast<double>(samples);
@@ -67,19 +68,19 @@ class FastPropagator {
     const double transformed =
         count * size * (1.0 + std::log2(size)) * kTransformedSample + news * size / 4 * kMode;
     if (direct < transformed) return false;
-    return std::all_of(pairs.pairs.begin(), pairs.pairs.end(),
+    return std::all_of(pairs_.pairs.begin(), pairs_.pairs.end(),
                        [&](const IndexPair& pair) { return transfers_.get(pair).is_tame; });
   }
 
   const cpx* KX_;
   const cpx* KY_;
-  const double* X_;
-  const double* Y_;
   StepOptions options_;
   Axis x_, y_;
   BinnedSpectrum spectrum_;
   TransferStore transfers_;
   PlaneSums sums_;
+  IndexPairs pairs_;          // of the step
+  std::vector<double> flux_;  // of a sample, for each pair
 };
 
 }  // namespace
@@ -93,9 +94,8 @@ void zerith_fast_3D(cpx* E, double* F, const cpx* N, const cpx* KX, const double
     return;
   }
   const std::size_t plane = static_cast<std::size_t>(nx) * static_cast<std::size_t>(ny);
-  Spectrum forward(ny, nx);
-  FastPropagator propagator(KX, X, KY, Y, ny, nx,
-                            {k0, dz, do_evanescent_modes, is_magnetic_field, pol});
+  Spectrum forward(ny, nx, omp_get_max_threads());
+  FastPropagator propagator(KX, KY, ny, nx, {k0, dz, do_evanescent_modes, is_magnetic_field, pol});
   SliceProgress progress(nz - 1);
   for (int k = 0; k < nz - 1; ++k) {
     const std::size_t here = static_cast<std::size_t>(k) * plane;

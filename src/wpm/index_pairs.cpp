@@ -2,9 +2,15 @@
 
 #include <array>
 #include <bit>
+#include <cstring>
 #include <unordered_map>
 
 namespace {
+
+bool same_bits(const cpx& a, const cpx& b) {
+  // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): representations are what is compared
+  return std::memcmp(&a, &b, sizeof(cpx)) == 0;
+}
 
 using PairBits = std::array<std::uint64_t, 4>;
 
@@ -30,23 +36,21 @@ bool same_bits(const IndexPair& a, const IndexPair& b) {
   return bits_of(a.n_i, a.n_t) == bits_of(b.n_i, b.n_t);
 }
 
-IndexPairs find_index_pairs(const cpx* N_i, const cpx* N_t, std::size_t count) {
-  IndexPairs found;
-  found.which.reserve(count);
+void find_index_pairs(const cpx* N_i, const cpx* N_t, std::size_t count, IndexPairs& found) {
+  found.pairs.clear();
+  found.which.resize(count);
   std::unordered_map<PairBits, std::uint32_t, HashBits> place_of;
-  PairBits last_bits{};
-  std::uint32_t last_place = 0;
+  std::uint32_t place = 0;
   for (std::size_t s = 0; s < count; ++s) {
-    const PairBits bits = bits_of(N_i[s], N_t[s]);
     // Neighbours are mostly alike.
-    if (s == 0 || bits != last_bits) {
+    const bool is_like_last =
+        s > 0 && same_bits(N_i[s], N_i[s - 1]) && same_bits(N_t[s], N_t[s - 1]);
+    if (!is_like_last) {
       const auto next = static_cast<std::uint32_t>(found.pairs.size());
-      const auto [entry, is_new] = place_of.try_emplace(bits, next);
+      const auto [entry, is_new] = place_of.try_emplace(bits_of(N_i[s], N_t[s]), next);
       if (is_new) found.pairs.push_back({N_i[s], N_t[s]});
-      last_bits = bits;
-      last_place = entry->second;
+      place = entry->second;
     }
-    found.which.push_back(last_place);
+    found.which[s] = place;
   }
-  return found;
 }

@@ -14,5 +14,5 @@ struct IndexPairs {
   std::vector<std::uint32_t> which;  // of each sample, its place in pairs
 };
 
-// Of the count samples from N_i and N_t on.
-IndexPairs find_index_pairs(const cpx* N_i, const cpx* N_t, std::size_t count);
+// Finds those of the count samples from N_i and N_t on. Memory that found has is used again.
+void find_index_pairs(const cpx* N_i, const cpx* N_t, std::size_t count, IndexPairs& found);

@@ -4,7 +4,6 @@
 
 namespace {
 
-constexpr double kSpectrumCutOff = 0.0001;
 constexpr double kVacuumImpedance = 376.73031346;  // ohm
 
 // kz = n k0 sqrt(1 - (kx^2 + ky^2)/(n k0)^2). Only the real part of the index enters. The imaginary
@@ -31,16 +30,6 @@ cpx longitudinal_phase(const cpx& kz_t, const cpx& n_t, const StepOptions& step)
 }
 
 }  // namespace
-
-bool is_weak(const cpx& s) {
-  // The modulus lies between the larger part and the sum of the two; it is worked out only where
-  // that leaves the answer open. A NaN is not weak.
-  const double re = std::fabs(s.real());
-  const double im = std::fabs(s.imag());
-  if (re >= kSpectrumCutOff || im >= kSpectrumCutOff) return false;
-  if (re + im < 0.9999 * kSpectrumCutOff) return true;
-  return std::abs(s) < kSpectrumCutOff;
-}
 
 std::vector<PlaneWave> plane_waves(const cpx* S, const cpx* KX, const cpx* KY, int ny, int nx) {
   const double fn = static_cast<double>(nx) * ny;

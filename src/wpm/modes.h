@@ -1,6 +1,7 @@
 // What one plane wave does across one step, at every sample of one pair of indices.
 #pragma once
 
+#include <cmath>
 #include <vector>
 
 #include "wpm/wpm.h"
@@ -18,7 +19,16 @@ struct PlaneWave {
 
 // Whether a raw transform value is below 0.0001 in modulus: such plane waves are dropped. The bound
 // is absolute, so a field that is weak everywhere is lost.
-bool is_weak(const cpx& s);
+inline bool is_weak(const cpx& s) {
+  constexpr double kSpectrumCutOff = 0.0001;
+  // The modulus lies between the larger part and the sum of the two; it is worked out only where
+  // that leaves the answer open. A NaN is not weak.
+  const double re = std::fabs(s.real());
+  const double im = std::fabs(s.imag());
+  if (re >= kSpectrumCutOff || im >= kSpectrumCutOff) return false;
+  if (re + im < 0.9999 * kSpectrumCutOff) return true;
+  return std::abs(s) < kSpectrumCutOff;
+}
 
 // The plane waves of S, the raw transform of a slice, [ny][nx], in order of q, then p, without the
 // weak ones.

@@ -31,6 +31,9 @@ class BinnedSpectrum {
   [[nodiscard]] bool is_empty_row(int bin_y) const;
 
  private:
+  // Adds row q of the raw transform to its bins; returns how many plane waves it keeps.
+  std::size_t add_row(const cpx* s, int q, bool& is_tame);
+
   const Axis& x_;
   const Axis& y_;
   std::vector<cpx> f_;
@@ -47,22 +50,37 @@ class PlaneSums {
  public:
   PlaneSums(const Axis& x, const Axis& y);
 
-  // Adds the sum to every sample of E, [y.n][x.n], whose entry in which is pair, and returns the
-  // flux of each such sample. Columns without one are not worked out.
-  double add(const BinnedSpectrum& spectrum, const Transfer& transfer, const std::uint32_t* which,
-             std::uint32_t pair, cpx* E);
+  // Begins a slice: which, [y.n][x.n], is the pair of each sample.
+  void begin(const std::uint32_t* which);
+
+  // Works out the sum at every sample of the pair and returns the flux of each. Groups of columns
+  // without such a sample are left out.
+  double add(const BinnedSpectrum& spectrum, const Transfer& transfer, std::uint32_t pair);
+
+  // Adds all sums to E, [y.n][x.n], once every pair has had its turn.
+  void finish(cpx* E) const;
 
  private:
-  static constexpr int kColumns = 8;  // columns transformed together
+  // What a thread works in.
+  struct Workspace {
+    AlignedArray<std::complex<float>> row_drift;     // [x.n]
+    AlignedArray<cpx> columns;                       // [y.n][8]
+    AlignedArray<std::complex<float>> column_drift;  // [y.n][8]
+  };
 
-  double transform_rows(const BinnedSpectrum& spectrum, const Transfer& transfer);
-  void transform_columns(const std::uint32_t* which, std::uint32_t pair, cpx* E) const;
+  double transform_row(int bin_y, const BinnedSpectrum& spectrum, const Transfer& transfer,
+                       Workspace& work);
+  void transform_columns(int first, std::uint32_t pair, Workspace& work);
 
   const Axis& x_;
   const Axis& y_;
   int row_step_;            // of the planes below: whole groups of columns, and no power of two
   AlignedArray<cpx> rows_;  // [y bins][row_step_], then by sample in x
   AlignedArray<std::complex<float>> drifted_;  // the same times the bin's frequency number
+  AlignedArray<cpx> sums_;                     // [y.n][row_step_], each sample's own
+  AlignedArray<std::uint32_t> which_;          // [y.n][row_step_]
+  std::vector<Workspace> workspaces_;          // one a thread
+  std::vector<double> row_flux_;
   std::unique_ptr<fftwpp::fft1d_many> row_, columns_;
   std::unique_ptr<fftwpp::fft1f_many> row_drift_, columns_drift_;
 };

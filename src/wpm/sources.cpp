@@ -1,6 +1,8 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <initializer_list>
+#include <utility>
 
 #include "diagnostics.h"
 #include "log.h"
@@ -19,12 +21,13 @@ struct Source {
   [[nodiscard]] double phase(int ix, int iy, double n) const {
     return ((x(ix) * nux + y(iy) * nuy) + z * nuz) * (kTwoPi * n);
   }
-  [[nodiscard]] double x(int ix) const { return (ix - nx / 2) * dx - x0; }
-  [[nodiscard]] double y(int iy) const { return (iy - ny / 2) * dy - y0; }
+  [[nodiscard]] double x(int ix) const { return (ix - cx) * dx - x0; }
+  [[nodiscard]] double y(int iy) const { return (iy - cy) * dy - y0; }
 
   double metres;  // per file unit
   double dx, dy;
   int nx, ny;
+  int cx, cy;  // the sample at 0
   double lambda;
   double sx, sy, sz;
   double nux, nuy, nuz;
@@ -37,6 +40,8 @@ Source::Source(const struct_sysOptions& so, const struct_emfield& f)
       dy(so.dy == 0 ? 1.0 : so.dy * metres),
       nx(so.nx == 0 ? 1 : so.nx),
       ny(so.ny == 0 ? 1 : so.ny),
+      cx(nx / 2),
+      cy(ny / 2),
       lambda(f.lambda * metres) {
   const double dz = so.dz == 0 ? 1.0 : so.dz * metres;
   const double nu0 = 1.0 / lambda;
@@ -71,24 +76,31 @@ void fill_slice(cpx* E, double* F, const cpx* N, const struct_sysOptions& so, co
     }
 }
 
+// The red block of a wave with a direction; own: the lines that only its kind has.
+void report_wave(const Log& log, const Source& source, const struct_emfield& f,
+                 std::initializer_list<std::pair<const char*, double>> own) {
+  const auto line = [&log](const char* name, double value) {
+    log << "\t\t\t\t" << name << " = " << value << std::endl;
+  };
+  log << std::endl << std::endl << "\033[31m";
+  line("scale", source.metres);
+  line("amplitude", f.amp);
+  line("lambda", f.lambda);
+  line("theta", f.theta);
+  line("phi", f.phi);
+  for (const auto& [name, value] : own) line(name, value);
+  line("sx", source.sx);
+  line("sy", source.sy);
+  line("sz", source.sz);
+  log << "\033[0m" << std::endl;
+}
+
 }  // namespace
 
 double init_plane_wave(cpx* E, double* F, const cpx* N, const struct_sysOptions* so,
                        const struct_emfield& f, bool is_quiet) {
   const Source source(*so, f);
-  Log(is_quiet) << std::endl
-                << std::endl
-                << "\033[31m\t\t\t\tscale = " << source.metres << std::endl
-                << "\t\t\t\tamplitude = " << f.amp << std::endl
-                << "\t\t\t\tlambda = " << f.lambda << std::endl
-                << "\t\t\t\ttheta = " << f.theta << std::endl
-                << "\t\t\t\tphi = " << f.phi << std::endl
-                << "\t\t\t\tx = " << f.x << std::endl
-                << "\t\t\t\ty = " << f.y << std::endl
-                << "\t\t\t\tsx = " << source.sx << std::endl
-                << "\t\t\t\tsy = " << source.sy << std::endl
-                << "\t\t\t\tsz = " << source.sz << std::endl
-                << "\033[0m" << std::endl;
+  report_wave(Log(is_quiet), source, f, {{"x", f.x}, {"y", f.y}});
   fill_slice(E, F, N, *so, source, [&](int ix, int iy, double n, double& amplitude) {
     amplitude = f.amp;
     return std::exp(cpx(0.0, source.phase(ix, iy, n))) * f.amp;
@@ -101,18 +113,7 @@ double init_gauss_wave(cpx* E, double* F, const cpx* N, const struct_sysOptions*
   const Source source(*so, f);
   const double sigmax = f.sigmax * source.metres;
   const double sigmay = f.sigmay * source.metres;
-  Log(is_quiet) << std::endl
-                << std::endl
-                << "\033[31m\t\t\t\tscale = " << source.metres << std::endl
-                << "\t\t\t\tamplitude = " << f.amp << std::endl
-                << "\t\t\t\tlambda = " << f.lambda << std::endl
-                << "\t\t\t\ttheta = " << f.theta << std::endl
-                << "\t\t\t\tphi = " << f.phi << std::endl
-                << "\t\t\t\tbeta = " << f.beta << std::endl
-                << "\t\t\t\tsx = " << source.sx << std::endl
-                << "\t\t\t\tsy = " << source.sy << std::endl
-                << "\t\t\t\tsz = " << source.sz << std::endl
-                << "\033[0m" << std::endl;
+  report_wave(Log(is_quiet), source, f, {{"beta", f.beta}});
   fill_slice(E, F, N, *so, source, [&](int ix, int iy, double n, double& amplitude) {
     const double x = source.x(ix);
     const double y = source.y(iy);

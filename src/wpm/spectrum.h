@@ -11,8 +11,9 @@ class fft2d;
 
 class Spectrum {
  public:
-  // Plans with FFTW_MEASURE; reads and rewrites the wisdom file.
-  Spectrum(int ny, int nx);
+  // Plans with FFTW_MEASURE; reads and rewrites the wisdom file. With more than one thread, tries
+  // whether they are faster; the last digits may then differ from those of one.
+  Spectrum(int ny, int nx, int threads = 1);
   ~Spectrum();
   Spectrum(const Spectrum&) = delete;
   Spectrum& operator=(const Spectrum&) = delete;

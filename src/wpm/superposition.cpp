@@ -59,7 +59,8 @@ class Term {
 // Samples begin..end-1 of the slice, all plane waves.
 void superpose_on(std::size_t begin, std::size_t end, const std::vector<PlaneWave>& waves,
                   const StepOptions& options, const SliceStep& slice) {
-  const IndexPairs pairs = find_index_pairs(slice.N_i + begin, slice.N_t + begin, end - begin);
+  IndexPairs pairs;
+  find_index_pairs(slice.N_i + begin, slice.N_t + begin, end - begin, pairs);
   const auto nx = static_cast<std::size_t>(slice.nx);
   std::vector<Term> terms;
   terms.reserve(pairs.pairs.size());

@@ -9,21 +9,21 @@ namespace {
 using Rasteriser = int (*)(cpx*, const struct_sysOptions*, const struct_layer&);
 
 struct Kind {
-  component t;
   const char* line;
   Rasteriser paint;
+  component t;
   bool writes;
 };
 
 constexpr Kind kKinds[] = {
-    {HOMOG, "create HOMOG ... ", init_homog_system, true},
-    {GRATING, "create GRATING ... ", init_grating_system, true},
-    {WGUIDE, "create WGUIDE ... ", init_wguide_system, true},
-    {TAPER, "create TAPER ... ", init_taper_system, true},
-    {LENS, "create LENS ... ", init_lens_system, true},
-    {ASPHERE, "create ASPHERE (not supported yet)", init_asphere_system, false},
-    {SPLITTER, "create SPLITTER ... ", init_splitter_system, true},
-    {MZEHNDER, "MZEHNDER (not supported yet)", init_mzehnder_system, false},
+    {"create HOMOG ... ", init_homog_system, HOMOG, true},
+    {"create GRATING ... ", init_grating_system, GRATING, true},
+    {"create WGUIDE ... ", init_wguide_system, WGUIDE, true},
+    {"create TAPER ... ", init_taper_system, TAPER, true},
+    {"create LENS ... ", init_lens_system, LENS, true},
+    {"create ASPHERE (not supported yet)", init_asphere_system, ASPHERE, false},
+    {"create SPLITTER ... ", init_splitter_system, SPLITTER, true},
+    {"MZEHNDER (not supported yet)", init_mzehnder_system, MZEHNDER, false},
 };
 
 void warn_of_unpainted(const struct_sysOptions& so, const std::vector<bool>& is_painted) {

@@ -16,8 +16,8 @@ std::filesystem::path folder() {
   return std::filesystem::path(ZERITH_SOURCE_DIR) / "examples";
 }
 
-// Runs an example with the plane options given and without a warning. replace swaps a text that
-// stands in the file, once or more, for another.
+// Runs an example with the plane options given and without a warning, and holds --fast to it.
+// replace swaps a text that stands in the file, once or more, for another.
 TempDir& run_example(TempDir& directory, const std::string& name, std::vector<std::string> options,
                      const std::string& text = "", const std::string& by = "") {
   const RunResult copied =
@@ -31,9 +31,17 @@ TempDir& run_example(TempDir& directory, const std::string& name, std::vector<st
       directory.write("run.cfg", file.replace(place, text.size(), by));
   }
   options.insert(options.begin(), {"-i", "run.cfg", "-p"});
-  const RunResult run = run_zerith(directory, options);
-  EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(run.err, "");
+  const auto run = [&] {
+    const RunResult result = run_zerith(directory, options);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "");
+    return std::vector<std::string>{directory.read("E_cpu.csv"), directory.read("EFlux_cpu_Z.csv")};
+  };
+  const std::vector<std::string> reference = run();
+  options.emplace_back("--fast");
+  const std::vector<std::string> fast = run();
+  for (std::size_t file = 0; file < reference.size(); ++file)
+    EXPECT_EQ(differing_values(reference[file], fast[file]), 0U) << name;
   return directory;
 }
 

@@ -1,19 +1,47 @@
-// The fixture of tests that run on the device.
+// Tests that run on the device, by the runtime's own calls alone: a GPU or the stand-in.
 #pragma once
 
-#include "device_array.h"
-#include "kernel/kernel.h"
+#include <cuda_runtime.h>
+#include <gtest/gtest.h>
 
-// Skips where a CUDA build finds no device to run on.
+#include <complex>
+#include <type_traits>
+#include <vector>
+
+using cpx = std::complex<double>;
+
 class DeviceTest : public ::testing::Test {
  protected:
   void SetUp() override {
     void* probe = nullptr;
-    const cudaError_t status = cudaMalloc(&probe, 1);
+    if (cudaMalloc(&probe, 1) != cudaSuccess) GTEST_SKIP() << "no device";
     cudaFree(probe);
-    cudaGetLastError();
-    if (status == cudaSuccess) return;
-    ASSERT_FALSE(is_host_standin()) << cudaGetErrorString(status);
-    GTEST_SKIP() << "no device: " << cudaGetErrorString(status);
   }
+};
+
+template <class T>
+class DeviceArray {
+ public:
+  explicit DeviceArray(const std::vector<T>& host) : size_(host.size()) {
+    EXPECT_EQ(cudaMalloc(&data_, bytes()), cudaSuccess);
+    EXPECT_EQ(cudaMemcpy(data_, host.data(), bytes(), cudaMemcpyHostToDevice), cudaSuccess);
+  }
+  explicit DeviceArray(std::size_t size) : DeviceArray(std::vector<T>(size)) {}
+  ~DeviceArray() { cudaFree(data_); }
+  DeviceArray(const DeviceArray&) = delete;
+  DeviceArray& operator=(const DeviceArray&) = delete;
+
+  // The device's complex numbers are pairs.
+  using Element = std::conditional_t<std::is_same_v<T, cpx>, double2, T>;
+  operator Element*() const { return data_; }
+  std::vector<T> download() const {
+    std::vector<T> host(size_);
+    EXPECT_EQ(cudaMemcpy(host.data(), data_, bytes(), cudaMemcpyDeviceToHost), cudaSuccess);
+    return host;
+  }
+
+ private:
+  std::size_t bytes() const { return size_ * sizeof(T); }
+  std::size_t size_;
+  Element* data_ = nullptr;
 };

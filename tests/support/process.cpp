@@ -4,6 +4,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <fstream>
 #include <regex>
@@ -93,6 +96,26 @@ RunResult run_shell(const TempDir& directory, const std::string& command) {
 
 std::string without_times(const std::string& log) {
   return std::regex_replace(log, std::regex("done\\. [-+.0-9einf]+ms"), "done. Tms");
+}
+
+std::size_t differing_values(const std::string& a, const std::string& b) {
+  std::vector<double> values[2];
+  std::string shapes[2];
+  for (const bool second : {false, true})
+    for (const auto& row : csv_rows(second ? b : a)) {
+      values[second].insert(values[second].end(), row.begin(), row.end());
+      shapes[second] += std::to_string(row.size()) + " ";
+    }
+  if (shapes[0] != shapes[1] || values[0].empty()) return SIZE_MAX;
+  double largest = 0.0;
+  for (const double value : values[0]) largest = std::max(largest, std::fabs(value));
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < values[0].size(); ++i) {
+    const double value = std::fabs(values[0][i]);
+    const bool is_same = std::fabs(values[0][i] - values[1][i]) <= 1.0001e-5 * value;
+    if (!is_same && !(value <= 1e-6 * largest)) ++count;
+  }
+  return count;
 }
 
 std::vector<std::vector<double>> csv_rows(const std::string& text) {

@@ -42,3 +42,8 @@ std::string without_times(const std::string& log);
 
 // The numbers of a comma-separated file, row by row; empty lines give empty rows.
 std::vector<std::vector<double>> csv_rows(const std::string& text);
+
+// How many values of two such files differ at six digits; all, if their shapes do. Values up to
+// 1e-6 of the file's largest are round-off and do not count. A value half way between two roundings
+// may show either.
+std::size_t differing_values(const std::string& a, const std::string& b);

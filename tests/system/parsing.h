@@ -8,15 +8,19 @@
 #include "support/process.h"
 #include "system/system.h"
 
+inline std::string global(const std::string& line) {
+  return "[global]\n" + line;
+}
+
 struct Parsed {
-  explicit Parsed(const std::string& text, bool is_quiet = false) {
+  explicit Parsed(const std::string& text) {
     const TempDir directory;
     directory.write("a.cfg", text);
     const std::string name = directory.path("a.cfg").string();
     so.nx = -5;  // parse begins with a reset
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
-    parse(name, &so, &layers, &waves, is_quiet);
+    parse(name, &so, &layers, &waves, false);
     log = testing::internal::GetCapturedStdout();
     warnings = testing::internal::GetCapturedStderr();
     EXPECT_EQ(so.sysname, name);

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <omp.h>
 
-#include <algorithm>
 #include <cmath>
 #include <random>
 
@@ -10,30 +9,6 @@
 #include "wpm/axis.h"
 
 namespace {
-
-// The largest difference of a slice over the largest value of it, NaN counted as infinite.
-struct Difference {
-  double field = 0.0;
-  double flux = 0.0;
-};
-
-Difference difference(const Scene& a, const Scene& b, int k) {
-  double scale_E = 0.0;
-  double scale_F = 0.0;
-  Difference worst;
-  const auto note = [](double& largest, double value) {
-    if (!(value <= largest)) largest = std::isnan(value) ? HUGE_VAL : value;
-  };
-  for (std::size_t s = a.index(k, 0, 0); s < a.index(k + 1, 0, 0); ++s) {
-    note(scale_E, std::abs(a.E[s]));
-    note(scale_F, std::fabs(a.F[s]));
-    note(worst.field, std::abs(a.E[s] - b.E[s]));
-    note(worst.flux, std::fabs(a.F[s] - b.F[s]));
-  }
-  if (scale_E > 0.0) worst.field /= scale_E;
-  if (scale_F > 0.0) worst.flux /= scale_F;
-  return worst;
-}
 
 // Two materials in shapes that change from slice to slice, so pairs come and recur.
 Scene random_stack(int nx, int ny, int nz, unsigned seed) {
@@ -85,7 +60,7 @@ TEST(Fast, StaysWithTheReferenceForAHundredSlices) {
     Scene fast = reference;
     reference.propagate();
     fast.propagate(zerith_fast_3D);
-    const Difference last = difference(reference, fast, 100);
+    const SliceDifference last = difference(reference, fast, 100);
     EXPECT_LE(last.field, 1e-11) << nx << " x " << ny;
     EXPECT_LE(last.flux, 1e-11) << nx << " x " << ny;
     EXPECT_GT(fast.power(100), 0.0);

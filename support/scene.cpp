@@ -62,6 +62,24 @@ double Scene::frequency(int m) const {
   return m * (6.2831853 / (nx * dx));
 }
 
+SliceDifference difference(const Scene& a, const Scene& b, int k) {
+  SliceDifference worst;
+  double largest_E = 0.0;
+  double largest_F = 0.0;
+  const auto or_infinite = [](double d) { return std::isnan(d) ? HUGE_VAL : d; };
+  for (std::size_t s = a.index(k, 0, 0); s < a.index(k + 1, 0, 0); ++s) {
+    largest_E = std::max(largest_E, std::abs(a.E[s]));
+    largest_F = std::max(largest_F, std::fabs(a.F[s]));
+    const double field = or_infinite(std::abs(a.E[s] - b.E[s]));
+    if (field > worst.field) worst.sample = s - a.index(k, 0, 0);
+    worst.field = std::max(worst.field, field);
+    worst.flux = std::max(worst.flux, or_infinite(std::fabs(a.F[s] - b.F[s])));
+  }
+  if (largest_E > 0.0) worst.field /= largest_E;
+  if (largest_F > 0.0) worst.flux /= largest_F;
+  return worst;
+}
+
 namespace {
 
 constexpr double kLambda = 1e-6;

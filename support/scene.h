@@ -37,6 +37,15 @@ struct Scene {
   std::vector<double> F, X, Y;
 };
 
+// How far slice k of b lies from that of a: the largest difference over the largest value of a, and
+// where the field's is. A NaN is infinitely far from everything, darkness differs absolutely.
+struct SliceDifference {
+  double field = 0.0;
+  double flux = 0.0;
+  std::size_t sample = 0;
+};
+SliceDifference difference(const Scene& a, const Scene& b, int k);
+
 // A named scene and what it is there to show; the table that all propagators are held to.
 struct NamedScene {
   std::string name;

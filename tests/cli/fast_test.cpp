@@ -1,0 +1,67 @@
+// --fast and --threads on the real program.
+#include <gtest/gtest.h>
+
+#include "cli/configuration.h"
+#include "support/process.h"
+
+namespace {
+
+constexpr const char* kFiles[] = {"E_cpu.csv", "EFlux_cpu.csv", "EFlux_cpu_Z.csv"};
+
+// A beam through a lens and a guide: four materials, and pairs that come and go.
+std::string composed() {
+  return configuration("nx = 20\nny = 20\nnz = 12\nz = 4",
+                       "n = 1\n[/layer]\n[layer]\ntype=lens\nz=1\nr=-4\nn=1.5\nne=1\n[/layer]\n"
+                       "[layer]\ntype=waveguide\nz=2\nr=1\nn=1.5\nne=1.45\nke=0.001",
+                       "shape = gaussian\nsigmax=1\nsigmay=2\namp=100");
+}
+
+std::string run_log(const TempDir& directory, std::vector<std::string> options) {
+  options.insert(options.begin(), {"-i", "a.cfg", "-p", "-l", "-1"});
+  const RunResult run = run_zerith(directory, options);
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err, "");
+  return without_times(run.out);
+}
+
+TEST(Fast, KeepsTheLogAndTheNumbersOfTheFiles) {
+  const TempDir reference;
+  const TempDir fast;
+  reference.write("a.cfg", composed());
+  fast.write("a.cfg", composed());
+  const std::string log = run_log(reference, {});
+  EXPECT_EQ(run_log(fast, {"--fast", "--threads", "2"}), log);
+  for (const char* name : kFiles)
+    EXPECT_EQ(differing_values(reference.read(name), fast.read(name)), 0U) << name;
+
+  // The same on the device.
+  run_log(reference, {"-g"});
+  run_log(fast, {"-g", "--fast", "--threads", "0"});
+  for (const char* name : {"E_gpu.csv", "EFlux_gpu.csv", "EFlux_gpu_Z.csv"})
+    EXPECT_EQ(differing_values(reference.read(name), fast.read(name)), 0U) << name;
+}
+
+TEST(Fast, ThreadsChangeNoByteOfTheReference) {
+  const TempDir one;
+  const TempDir many;
+  one.write("a.cfg", composed());
+  many.write("a.cfg", composed());
+  run_log(one, {});
+  run_log(many, {"--threads", "3"});
+  for (const char* name : kFiles) EXPECT_EQ(one.read(name), many.read(name)) << name;
+}
+
+TEST(Fast, ThreadsWantANumberThatIsNotNegative) {
+  const TempDir directory;
+  directory.write("a.cfg", configuration());
+  for (const std::vector<std::string>& options :
+       {std::vector<std::string>{"-i", "a.cfg", "-q", "--threads", "-2"},
+        std::vector<std::string>{"-i", "a.cfg", "-q", "--threads"}}) {
+    const RunResult run = run_zerith(directory, options);
+    EXPECT_EQ(run.status, 255);
+    EXPECT_EQ(run.err.rfind("zerith: error: ", 0), 0U) << run.err;
+    EXPECT_NE(run.err.find("--threads"), std::string::npos);
+  }
+}
+
+}  // namespace
