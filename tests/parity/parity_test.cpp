@@ -4,102 +4,46 @@
 #include <algorithm>
 #include <cmath>
 
+#include "kernel/device_test.h"
 #include "kernel/kernel.h"
+#include "main/device_fast.h"
 #include "support/scene.h"
-#include "wpm/axis.h"
-#include "wpm/index_pairs.h"
 
 namespace {
 
-class OnDevice {
- public:
-  template <typename T>
-  T* copy_of(const std::vector<T>& host) {
-    return static_cast<T*>(copy(host.data(), host.size() * sizeof(T)));
-  }
-  double2* copy_of(const std::vector<cpx>& host) {
-    return static_cast<double2*>(copy(host.data(), host.size() * sizeof(cpx)));
-  }
-  ~OnDevice() {
-    for (void* memory : memory_) cudaFree(memory);
-  }
-
- private:
-  void* copy(const void* host, std::size_t bytes) {
-    void* device = nullptr;
-    EXPECT_EQ(cudaMalloc(&device, bytes), cudaSuccess);
-    EXPECT_EQ(cudaMemcpy(device, host, bytes, cudaMemcpyHostToDevice), cudaSuccess);
-    memory_.push_back(device);
-    return device;
-  }
-  std::vector<void*> memory_;
-};
-
 constexpr int kBlock = 8;
 
-std::vector<double2> as_double2(const std::vector<cpx>& values) {
-  std::vector<double2> result;
-  for (const cpx& value : values) result.push_back({value.real(), value.imag()});
-  return result;
-}
-
 void run_on_device(Scene& scene, bool is_fast) {
-  OnDevice device;
-  double2* E = device.copy_of(scene.E);
-  double* F = device.copy_of(scene.F);
-  double2* N = device.copy_of(scene.N);
-  double2* KX = device.copy_of(scene.KX);
-  double2* KY = device.copy_of(scene.KY);
-  double* X = device.copy_of(scene.X);
-  double* Y = device.copy_of(scene.Y);
-  const bool is_TE = scene.pol != TM;
+  const DeviceArray<cpx> E(scene.E);
+  const DeviceArray<cpx> N(scene.N);
+  const DeviceArray<cpx> KX(scene.KX);
+  const DeviceArray<cpx> KY(scene.KY);
+  const DeviceArray<double> F(scene.F);
+  const DeviceArray<double> X(scene.X);
+  const DeviceArray<double> Y(scene.Y);
   if (is_fast) {
-    const Axis x(scene.nx);
-    const Axis y(scene.ny);
-    const auto phase_x = as_double2(x.phase);
-    const auto phase_y = as_double2(y.phase);
-    IndexPairs pairs;
-    std::vector<double2> n_i;
-    std::vector<double2> n_t;
-    const auto pairs_of = [&](int k) -> StepPairs {
-      const cpx* slice = scene.N.data() + scene.index(k, 0, 0);
-      const std::size_t plane = scene.index(1, 0, 0);
-      find_index_pairs(slice, slice + plane, plane, pairs);
-      n_i.clear();
-      n_t.clear();
-      for (const IndexPair& pair : pairs.pairs) {
-        n_i.push_back({pair.n_i.real(), pair.n_i.imag()});
-        n_t.push_back({pair.n_t.real(), pair.n_t.imag()});
-      }
-      return {static_cast<int>(n_i.size()), n_i.data(), n_t.data(), pairs.which.data()};
-    };
-    fastKernelWrapper_3D(
-        E, F, N, KX, X, KY, Y, scene.k0, scene.dz, scene.dy, scene.dx, scene.nz, scene.ny, scene.nx,
-        kBlock, scene.do_evanescent_modes, scene.is_magnetic_field, is_TE,
-        {scene.nx, x.bin.data(), phase_x.data(), x.number.data(), x.drift.data()},
-        {scene.ny, y.bin.data(), phase_y.data(), y.number.data(), y.drift.data()}, pairs_of);
+    Run run;
+    run.nx = scene.nx, run.ny = scene.ny, run.nz = scene.nz;
+    run.k0 = scene.k0, run.dz = scene.dz, run.N = scene.N.data();
+    run.blockSize = kBlock, run.is_TE = scene.pol != TM;
+    run.do_evanescent_modes = scene.do_evanescent_modes;
+    run.is_magnetic_field = scene.is_magnetic_field;
+    propagate_fast_on_device(run, E, F, N, KX, X, KY, Y);
   } else {
     naiveKernelWrapper_3D(E, F, N, KX, X, KY, Y, scene.k0, scene.dz, scene.dy, scene.dx, scene.nz,
                           scene.ny, scene.nx, kBlock, scene.do_evanescent_modes,
-                          scene.is_magnetic_field, is_TE);
+                          scene.is_magnetic_field, scene.pol != TM);
   }
   cudaDeviceSynchronize();
   EXPECT_EQ(cudaGetLastError(), cudaSuccess);
-  cudaMemcpy(scene.E.data(), E, scene.E.size() * sizeof(cpx), cudaMemcpyDeviceToHost);
-  cudaMemcpy(scene.F.data(), F, scene.F.size() * sizeof(double), cudaMemcpyDeviceToHost);
+  scene.E = E.download();
+  scene.F = F.download();
 }
 
 Scene device_run(const NamedScene& named, bool is_fast) {
   Scene scene = named.make();
   run_on_device(scene, is_fast);
   return scene;
-}
-
-bool has_device() {
-  void* memory = nullptr;
-  const bool is_there = cudaMalloc(&memory, 16) == cudaSuccess;
-  cudaFree(memory);
-  return is_there;
 }
 
 void expect_near(const Scene& expected, const Scene& actual, double field_bound,
@@ -117,12 +61,7 @@ bool has_index_step(const Scene& scene) {
   return false;
 }
 
-class DeviceScene : public testing::TestWithParam<NamedScene> {
- protected:
-  void SetUp() override {
-    if (!has_device()) GTEST_SKIP() << "no device";
-  }
-};
+class DeviceScene : public DeviceTest, public testing::WithParamInterface<NamedScene> {};
 class CommonScene : public DeviceScene {};
 
 // The scenes that both sides are to treat alike: square, and polarized.
@@ -167,8 +106,9 @@ const NamedScene& scene_named(const std::string& name) {
 
 // --- Where the two must differ
 
-TEST(DeviceDifference, MissingPolarizationIsTEOnTheDevice) {
-  if (!has_device()) GTEST_SKIP() << "no device";
+class DeviceDifference : public DeviceTest {};
+
+TEST_F(DeviceDifference, MissingPolarizationIsTEOnTheDevice) {
   const Scene none = device_run(scene_named("step_up_no_polarization"), false);
   const Scene te = device_run(scene_named("step_up_TE"), false);
   EXPECT_EQ(none.E, te.E);
@@ -179,8 +119,7 @@ TEST(DeviceDifference, MissingPolarizationIsTEOnTheDevice) {
 
 // On 18 x 12 samples in blocks of 8 threads reach i < min(18, 8*ceil(12/8)) = 16: the last two
 // columns of every slice behind the first stay as they were. What is reached of slice 1 is right.
-TEST(DeviceDifference, GridsThatAreNotSquareAreNotFullyCovered) {
-  if (!has_device()) GTEST_SKIP() << "no device";
+TEST_F(DeviceDifference, GridsThatAreNotSquareAreNotFullyCovered) {
   Scene cpu = scene_named("wide_guide").make();
   cpu.propagate();
   for (const bool is_fast : {false, true}) {
