@@ -5,6 +5,7 @@
 
 #include "chCommandLine.h"
 #include "diagnostics.h"
+#include "kernel/kernel.h"
 #include "main/output_file.h"
 #include "main/results.h"
 #include "main/stages.h"
@@ -69,6 +70,7 @@ void read_run_flags(Run& run) {
   if (run.is_store && (run.is_cpu || run.is_gpu))
     run.read_option(&run.record, "r", "store-results");
   warn_of_unwritable_results(run);
+  if (run.is_cpu || (run.is_gpu && is_host_standin())) tell_how_it_is_summed(run);
 }
 
 void store_flux_profile(const Run& run, const std::string& filename, const char* label,
@@ -95,7 +97,6 @@ void run_on_cpu(Run& run) {
   const Log& log = run.log;
   log << "Applying simulation on CPU ... " << std::flush;
   if (run.nz > 1) std::fill(run.F + run.plane_samples(), run.F + run.voxels(), 0.0);
-  tell_how_it_is_summed(run);
   const auto propagate = run.is_fast ? zerith_fast_3D : zerith_3D;
   run.cpuTimer.start();
   propagate(run.E, run.F, run.N, run.KX, run.X, run.KY, run.Y, run.k0, run.dz, run.dy, run.dx,
