@@ -38,8 +38,6 @@ class fftw {
   // As fft, then every element of out is divided by the number of elements.
   virtual void fftNormalized(Complex* in, Complex* out);
 
-  [[nodiscard]] unsigned int plan_threads() const { return threads; }
-
   static std::ifstream ifWisdom;
   static std::ofstream ofWisdom;
   static bool Wise;  // wisdom has been read by this process

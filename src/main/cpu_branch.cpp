@@ -23,7 +23,7 @@ void warn_of_unwritable_results(const Run& run) {
 
 // The number of OpenMP threads of the propagators, the host stand-in's included: 1 unless the user
 // says otherwise, so that times compare from run to run; 0 for all cores. Results do not depend
-// on it.
+// on it, those of --fast to round-off.
 void set_threads(const Run& run) {
   int threads = 1;
   chCommandLineGet(&threads, "threads", run.argc, run.argv);
