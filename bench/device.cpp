@@ -1,104 +1,105 @@
-#include <cstdio>
+#include <cufft.h>
 
-#include "kernel/kernel.h"
-#include "main/device_fast.h"
-#include "main/results.h"
+#include <cstdio>
+#include <memory>
+
+#include "main/device_stepper.h"
 #include "measure.h"
 
 namespace bench {
 namespace {
 
-// The scene on the device, as the run driver has it there.
-class DeviceRun {
- public:
-  explicit DeviceRun(Scene& scene) : scene_(scene) {
-    run_.nx = scene.nx, run_.ny = scene.ny, run_.nz = scene.nz;
-    run_.dx = scene.dx, run_.dy = scene.dy, run_.dz = scene.dz, run_.k0 = scene.k0;
-    run_.N = scene.N.data(), run_.X = scene.X.data(), run_.Y = scene.Y.data();
-    run_.KX = scene.KX.data(), run_.KY = scene.KY.data();
-    is_there_ = upload(&E_, scene.E) && upload(&F_, scene.F) && upload(&N_, scene.N) &&
-                upload(&KX_, scene.KX) && upload(&KY_, scene.KY) && upload(&X_, scene.X) &&
-                upload(&Y_, scene.Y);
-  }
-  ~DeviceRun() {
-    for (void* memory : {static_cast<void*>(E_), static_cast<void*>(F_), static_cast<void*>(N_),
-                         static_cast<void*>(KX_), static_cast<void*>(KY_), static_cast<void*>(X_),
-                         static_cast<void*>(Y_)})
-      cudaFree(memory);
-  }
-  DeviceRun(const DeviceRun&) = delete;
-  DeviceRun& operator=(const DeviceRun&) = delete;
+Grid grid_of(const Scene& scene) {
+  Grid grid;
+  grid.nx = scene.nx, grid.ny = scene.ny, grid.nz = scene.nz;
+  grid.dx = scene.dx, grid.dy = scene.dy, grid.dz = scene.dz;
+  return grid;
+}
 
-  [[nodiscard]] bool is_there() const { return is_there_; }
+std::unique_ptr<DeviceStepper> stepper_of(const Scene& scene, bool is_fast) {
+  const StepOptions options = {scene.k0, scene.dz, true, false, scene.pol};
+  return std::make_unique<DeviceStepper>(grid_of(scene), options,
+                                         DeviceChoice{.is_fast = is_fast, .field_stays = true});
+}
 
-  void direct() {
-    naiveKernelWrapper_3D(E_, F_, N_, KX_, X_, KY_, Y_, run_.k0, run_.dz, run_.dy, run_.dx, run_.nz,
-                          run_.ny, run_.nx, run_.blockSize, true, false, true);
-    cudaDeviceSynchronize();
-  }
-  void fast() {
-    propagate_fast_on_device(run_, E_, F_, N_, KX_, X_, KY_, Y_);
-    cudaDeviceSynchronize();
-  }
-  void download() {
-    cudaMemcpy(scene_.E.data(), E_, scene_.E.size() * sizeof(cpx), cudaMemcpyDeviceToHost);
-  }
-
- private:
-  template <typename Device, typename Host>
-  static bool upload(Device** device, const std::vector<Host>& host) {
-    const std::size_t bytes = host.size() * sizeof(Host);
-    return cudaMalloc(reinterpret_cast<void**>(device), bytes) == cudaSuccess &&
-           cudaMemcpy(*device, host.data(), bytes, cudaMemcpyHostToDevice) == cudaSuccess;
-  }
-
-  Scene& scene_;
-  Run run_;
-  bool is_there_ = false;
-  double2 *E_ = nullptr, *N_ = nullptr, *KX_ = nullptr, *KY_ = nullptr;
-  double *F_ = nullptr, *X_ = nullptr, *Y_ = nullptr;
-};
+Slice slice_of(Scene& scene, int k) {
+  const std::size_t begin = scene.index(k, 0, 0);
+  return {&scene.E[begin], &scene.F[begin], &scene.N[begin], k};
+}
 
 // Coefficients may lie a notch of 1e-4 apart, so the bound is not round-off.
 void verify(bool is_fast) {
   Scene cpu = growing_guide(32, 3);
   Scene on_device = cpu;
   cpu.propagate();
-  DeviceRun run(on_device);
-  is_fast ? run.fast() : run.direct();
-  run.download();
+  const auto stepper = stepper_of(on_device, is_fast);
+  for (int k = 0; k < 2; ++k) stepper->step(slice_of(on_device, k), slice_of(on_device, k + 1));
   require_same(cpu, on_device, 1e-5, "device");
+}
+
+// Milliseconds of a step whose slices are those of the last one, with the field where it is.
+double step_ms(Scene& scene, bool is_fast, int steps) {
+  const auto stepper = stepper_of(scene, is_fast);
+  stepper->fetch(false, false);
+  Slice next = slice_of(scene, 1);
+  next.E = scene.E.data();  // stepped from where it was made
+  const auto run = [&] {
+    for (int step = 0; step < steps; ++step) stepper->step(slice_of(scene, 0), next);
+    cudaDeviceSynchronize();
+  };
+  run();
+  return median_seconds(run, 5) * 1e3 / steps;
+}
+
+// Milliseconds of one forward and pairs inverse transforms of cuFFT.
+double limit_ms(int side, int pairs, int runs) {
+  const std::size_t samples = static_cast<std::size_t>(side) * static_cast<std::size_t>(side);
+  double2* planes = nullptr;
+  cufftHandle plan = 0;
+  if (cudaMalloc(reinterpret_cast<void**>(&planes), 2 * samples * sizeof(double2)) != cudaSuccess ||
+      cufftPlan2d(&plan, side, side, CUFFT_Z2Z) != CUFFT_SUCCESS)
+    return 0.0;
+  cudaMemset(planes, 0, 2 * samples * sizeof(double2));
+  const auto run = [&] {
+    for (int i = 0; i < runs; ++i) {
+      cufftExecZ2Z(plan, planes, planes + samples, CUFFT_FORWARD);
+      for (int pair = 0; pair < pairs; ++pair)
+        cufftExecZ2Z(plan, planes + samples, planes + samples, CUFFT_INVERSE);
+    }
+    cudaDeviceSynchronize();
+  };
+  run();
+  const double ms = median_seconds(run, 5) * 1e3 / runs;
+  cufftDestroy(plan);
+  cudaFree(planes);
+  return ms;
 }
 
 }  // namespace
 
 void device() {
-  std::printf("device kernels per step (%s), three pairs of indices\n",
-              is_host_standin() ? "host stand-in" : "CUDA");
-  {
-    Scene scene = growing_guide(16, 2);
-    if (!DeviceRun(scene).is_there()) {
-      std::printf("no device\n");
-      return;
-    }
+  constexpr int kPairs = 3;
+  std::printf("device, a step of unchanged slices (%s), %d pairs of indices\n",
+              is_host_standin() ? "host stand-in" : "CUDA", kPairs);
+  void* probe = nullptr;
+  if (cudaMalloc(&probe, 1) != cudaSuccess) {
+    std::printf("no device\n");
+    return;
   }
+  cudaFree(probe);
   verify(false);
   verify(true);
-  std::printf("%8s %14s %14s %12s %12s\n", "side", "zerith_3D ms", "direct ms", "ns a term",
-              "fast ms");
+  std::printf("%8s %14s %12s %12s %12s %14s\n", "side", "direct ms", "fast ms", "limit ms",
+              "fast/limit", "Mvoxel/s");
   const std::vector<int> sides =
-      is_host_standin() ? std::vector<int>{32, 48, 64} : std::vector<int>{64, 128, 256};
+      is_host_standin() ? std::vector<int>{32, 64, 128} : std::vector<int>{256, 512, 1024, 2048};
   for (const int side : sides) {
     Scene scene = growing_guide(side, 2);
-    DeviceRun run(scene);
-    const double steps = static_cast<double>(side) * side * side * side;
-    const double cpu = side <= 128 ? median_seconds([&] { scene.propagate(); }, 3) : 0.0;
-    run.direct();
-    const double direct = median_seconds([&] { run.direct(); }, 5);
-    run.fast();
-    const double fast = median_seconds([&] { run.fast(); }, 5);
-    std::printf("%8d %14.2f %14.3f %12.3f %12.3f\n", side, cpu * 1e3, direct * 1e3,
-                direct / steps * 1e9, fast * 1e3);
+    const double direct = side <= (is_host_standin() ? 64 : 256) ? step_ms(scene, false, 1) : 0.0;
+    const double fast = step_ms(scene, true, 20);
+    const double limit = limit_ms(side, kPairs, 20);
+    std::printf("%8d %14.2f %12.3f %12.3f %12.2f %14.1f\n", side, direct, fast, limit, fast / limit,
+                static_cast<double>(side) * side / fast / 1e3);
   }
 }
 

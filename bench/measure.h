@@ -40,5 +40,7 @@ void memory();     // peak memory of either
 void device();     // the device's kernels, on a GPU or the host stand-in
 void planning();   // planning with wisdom and without
 void csv();        // cross-section files
+void edges();      // what comes back from absorbing edges: no time, but figures
+void lens();       // a curved face in slices of several thicknesses, with levels and without
 
 }  // namespace bench

@@ -44,10 +44,10 @@ void memory() {
   });
   const double transformed = peak_bytes([] {
     Scene scene = smooth_beam(kSide);
-    scene.propagate(zerith_fast_3D);
+    scene.propagate_by(make_fast_stepper);
   });
   const double slice = 16.0 * kSide * kSide;
-  const double transfers = 3 * 24.0 * kSide * (kSide / 2 + 1);
+  const double transfers = 3 * 24.0 * (kSide / 2 + 1) * (kSide / 2 + 1);
   std::printf("peak memory at %d x %d, three pairs\n", kSide, kSide);
   std::printf(
       "reference %.1f MB, fast %.1f MB: %.1f slices of the field more, the kept transfer "

@@ -1,9 +1,8 @@
-#include <omp.h>
-
 #include <cstdio>
 
 #include "measure.h"
 #include "support/plain_nest.h"
+#include "wpm/threads.h"
 
 namespace bench {
 
@@ -18,10 +17,10 @@ void reference() {
     require_same(plain, economic, 0.0, "reference");
     const double steps = static_cast<double>(side) * side * side * side;
     for (const int threads : {1, 2}) {
-      omp_set_num_threads(threads);
+      wpm::set_threads(threads);
       const Pair pair =
           compare([&] { plain.propagate(plain_nest_3D); }, [&] { economic.propagate(); }, 7);
-      omp_set_num_threads(1);
+      wpm::set_threads(1);
       std::printf("%8d %8d %10.1f %10.1f %8.2f\n", side, threads, pair.a / steps * 1e9,
                   pair.b / steps * 1e9, pair.ratio);
     }

@@ -5,7 +5,7 @@
 #include <sstream>
 
 #include "fftw++.h"
-#include "main/results.h"
+#include "io/io.h"
 #include "measure.h"
 
 namespace bench {

@@ -19,3 +19,7 @@ if(ZERITH_SANITIZE)
     -fno-sanitize-recover=all>)
   target_link_options(zerith_flags INTERFACE -fsanitize=${ZERITH_SANITIZE})
 endif()
+
+if(ZERITH_FUZZ)
+  target_compile_options(zerith_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()

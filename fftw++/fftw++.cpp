@@ -1,12 +1,13 @@
 #include "fftw++.h"
 
-#include <omp.h>
-#include <sys/time.h>
-
-#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
+#include <iterator>
+#include <string>
+
+#include "aborts.h"
+#include "wisdom.h"
 
 namespace fftwpp {
 namespace {
@@ -30,8 +31,6 @@ std::ifstream fftw::ifWisdom;
 std::ofstream fftw::ofWisdom;
 bool fftw::Wise = false;
 const double fftw::twopi = 6.283185307179586;
-unsigned int fftw::maxthreads = 1;
-double fftw::testseconds = 0.1;
 unsigned int fftw::effort = FFTW_MEASURE;
 const char* fftw::WisdomName = "wisdom3.txt";
 
@@ -42,21 +41,13 @@ void PutWisdom(char c, std::ofstream& s) {
   s.put(c);
 }
 
-double seconds() {
-  static timeval last{};
-  timeval now{};
-  gettimeofday(&now, nullptr);
-  const double elapsed = static_cast<double>(now.tv_sec - last.tv_sec) +
-                         static_cast<double>(now.tv_usec - last.tv_usec) / 1000000.0;
-  last = now;
-  return elapsed;
-}
-
 fftw::fftw(unsigned int doubles_, int sign_) : doubles(doubles_), sign(sign_), norm(1.0) {
   const unsigned int elements = doubles / 2;
   norm /= elements;
   static bool initialize = true;
   if (!initialize) return;
+  explain_aborts();
+  const Doing beginning("preparing to transform");
   fftw_init_threads();
   initialize = false;
 }
@@ -77,12 +68,10 @@ void fftw::CheckAlign(Complex* p, const char* s) {
 }
 
 void fftw::Setup(Complex* in, Complex* out) {
-  if (!Wise) {
-    ifWisdom.open(WisdomName);
-    fftw_import_wisdom(read_character, &ifWisdom);
-    ifWisdom.close();
-    Wise = true;
-  }
+  const std::string what =
+      "planning a transform of " + std::to_string(doubles / 2) + " complex numbers";
+  const Doing planning(what.c_str());
+  ReadWisdom();
   // Planning by measurement overwrites its arrays: without an input of the caller's it works on one
   // of its own, so no data of theirs is disturbed.
   Complex* scratch = nullptr;
@@ -104,55 +93,32 @@ void fftw::Setup(Complex* in, Complex* out) {
   if (maxthreads > 1) TryThreads(in, out);
 
   Array::deleteAlign(scratch);
+  WriteWisdom();
+}
+
+// A file that isn't wisdom from end to end is left unread: FFTW takes most damage for what it is,
+// but not all of it.
+void fftw::ReadWisdom() {
+  if (Wise) return;
+  Wise = true;
+  if (!is_readable_wisdom(WisdomName)) return;
+  ifWisdom.open(WisdomName);
+  const std::string text{std::istreambuf_iterator<char>(ifWisdom), {}};
+  if (is_sound_wisdom(text)) {
+    ifWisdom.clear();
+    ifWisdom.seekg(0);
+    fftw_import_wisdom(read_character, &ifWisdom);
+  }
+  ifWisdom.close();
+  ifWisdom.clear();
+}
+
+void fftw::WriteWisdom() {
+  if (!is_writable_wisdom(WisdomName)) return;
   ofWisdom.open(WisdomName, std::ios::out | std::ios::trunc);
   fftw_export_wisdom(write_character, &ofWisdom);
   ofWisdom.close();
-}
-
-// Mean seconds of a transform: over *runs of them, or, for *runs of 0, over as many as fill
-// testseconds, whose number and standard deviation are stored.
-double fftw::MeanTime(Complex* in, Complex* out, int* runs, double* stdev) {
-  const bool is_counted = *runs > 0;
-  const int limit = is_counted ? *runs : static_cast<int>(1000000 * testseconds);
-  int count = 1;
-  double sum = 0.0;
-  double sum2 = 0.0;
-  seconds();
-  while (is_counted || limit > 1) {
-    fft(in, out);
-    const double t = seconds();
-    sum += t;
-    sum2 += t * t;
-    if (!is_counted && sum > testseconds) break;
-    if (is_counted && count == limit) break;
-    ++count;
-    if (!is_counted && count == limit) break;
-  }
-  *runs = count;
-  *stdev = count == 1 ? 0.0 : std::sqrt(std::max(0.0, (sum2 - sum * sum / count) / (count - 1)));
-  return sum / count;
-}
-
-// Keeps a plan of more threads only if it beats the one-thread plan by more than the noise.
-void fftw::TryThreads(Complex* in, Complex* out) {
-  int runs = 0;
-  double stdev = 0.0;
-  const double mean = MeanTime(in, out, &runs, &stdev);
-
-  maxthreads = std::min(maxthreads, static_cast<unsigned int>(omp_get_max_threads()));
-  fftw_plan_with_nthreads(static_cast<int>(maxthreads));
-  fftw_plan const single = plan;
-  plan = Plan(in, out);
-  if (plan == nullptr) noplan();
-
-  double ignored = 0.0;
-  if (MeanTime(in, out, &runs, &ignored) > mean - stdev) {
-    fftw_destroy_plan(plan);
-    plan = single;
-  } else {
-    fftw_destroy_plan(single);
-    threads = maxthreads;
-  }
+  ofWisdom.clear();
 }
 
 Complex* fftw::Setout(Complex* in, Complex* out) {
@@ -171,11 +137,13 @@ Complex* fftw::Setout(Complex* in, Complex* out) {
 }
 
 void fftw::fft(Complex* in, Complex* out) {
+  const Doing transforming("transforming");
   out = Setout(in, out);
   Execute(in, out, false);
 }
 
 void fftw::fftNormalized(Complex* in, Complex* out) {
+  const Doing transforming("transforming");
   out = Setout(in, out);
   Execute(in, out, false);
   for (unsigned int i = 0; i < (doubles + 1) / 2; ++i) out[i] *= norm;

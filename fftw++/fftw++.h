@@ -55,7 +55,8 @@ class fftw {
   virtual void Execute(Complex* in, Complex* out, bool shift);
 
   // Plans for arrays like in and out; either may be null. Reads wisdom once per process and writes
-  // it after every call. A plan that cannot be made ends the process with exit status 1.
+  // it after every call; a wisdom file that is damaged, or no file at all but a pipe or a device,
+  // is passed over. A plan that cannot be made ends the process with exit status 1.
   void Setup(Complex* in, Complex* out);
 
   Complex* Setout(Complex* in, Complex* out);
@@ -70,7 +71,8 @@ class fftw {
 
  private:
   void TryThreads(Complex* in, Complex* out);
-  double MeanTime(Complex* in, Complex* out, int* runs, double* stdev);
+  static void ReadWisdom();
+  static void WriteWisdom();
 };
 
 // The two-dimensional complex transform of nx rows of ny samples.

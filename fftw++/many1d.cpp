@@ -1,5 +1,7 @@
 #include "many1d.h"
 
+#include "aborts.h"
+
 namespace fftwpp {
 
 fft1d_many::fft1d_many(const many_layout& layout_, int sign_, Complex* in, Complex* out)
@@ -14,11 +16,13 @@ fftw_plan fft1d_many::Plan(Complex* in, Complex* out) {
                             layout.out_dist, sign, effort);
 }
 
-fft1f_many::fft1f_many(const many_layout& layout, int sign, Single* in, Single* out)
-    : plan(fftwf_plan_many_dft(1, &layout.n, layout.howmany, reinterpret_cast<fftwf_complex*>(in),
-                               nullptr, layout.in_stride, layout.in_dist,
-                               reinterpret_cast<fftwf_complex*>(out), nullptr, layout.out_stride,
-                               layout.out_dist, sign, FFTW_MEASURE)) {
+fft1f_many::fft1f_many(const many_layout& layout, int sign, Single* in, Single* out) {
+  explain_aborts();
+  const Doing planning("planning transforms in single precision");
+  plan = fftwf_plan_many_dft(1, &layout.n, layout.howmany, reinterpret_cast<fftwf_complex*>(in),
+                             nullptr, layout.in_stride, layout.in_dist,
+                             reinterpret_cast<fftwf_complex*>(out), nullptr, layout.out_stride,
+                             layout.out_dist, sign, FFTW_MEASURE);
   if (plan == nullptr) noplan();
 }
 
@@ -27,6 +31,7 @@ fft1f_many::~fft1f_many() {
 }
 
 void fft1f_many::fft(Single* in, Single* out) const {
+  const Doing transforming("transforming in single precision");
   fftwf_execute_dft(plan, reinterpret_cast<fftwf_complex*>(in),
                     reinterpret_cast<fftwf_complex*>(out));
 }

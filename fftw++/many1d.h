@@ -41,7 +41,7 @@ class fft1f_many {
   void fft(Single* in, Single* out) const;
 
  private:
-  fftwf_plan plan;
+  fftwf_plan plan = nullptr;
 };
 
 }  // namespace fftwpp

@@ -9,6 +9,8 @@ namespace diagnostics {
 namespace {
 
 bool quiet = false;
+std::vector<std::string> warned;
+void (*leave_by)() = nullptr;
 
 // The log goes first: a reader of both streams sees a message behind what led to it.
 void write_line(const std::string& text) {
@@ -23,7 +25,24 @@ void set_quiet(bool is_quiet) {
 }
 
 void warn(const std::string& text) {
+  warned.push_back(text);
   if (!quiet) write_line("warning: " + text);
+}
+
+const std::vector<std::string>& warnings() {
+  return warned;
+}
+
+void forget_warnings() {
+  warned.clear();
+}
+
+void error(const std::string& text) {
+  write_line("error: " + text);
+}
+
+void tell(const std::string& text) {
+  if (!quiet) write_line(text);
 }
 
 bool shows_notes() {
@@ -42,7 +61,12 @@ void progress(const std::string& text) {
 
 void fail(const std::string& text) {
   write_line("error: " + text);
+  if (leave_by != nullptr) leave_by();
   std::exit(-1);
+}
+
+void on_failure(void (*leave)()) {
+  leave_by = leave;
 }
 
 }  // namespace diagnostics

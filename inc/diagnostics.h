@@ -4,17 +4,28 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace diagnostics {
 
 // Quiet mode silences warnings and notes, never errors. Off until set.
 void set_quiet(bool is_quiet);
 
-// Something the user should know while the run goes on.
+// Something the user should know while the run goes on. Kept, shown or not.
 void warn(const std::string& text);
+
+// What has been warned of so far, in order.
+const std::vector<std::string>& warnings();
+void forget_warnings();  // as before the next of several runs in a process
+
+// Something is lost and the run goes on: said in quiet mode too.
+void error(const std::string& text);
 
 // Whether notes are shown: the error stream is a terminal and the run isn't quiet.
 bool shows_notes();
+
+// Something that was asked for: a line whether or not a terminal is there; quiet mode silences it.
+void tell(const std::string& text);
 
 // A courtesy to the person at the terminal; not written to a file or a pipe.
 void note(const std::string& text);
@@ -25,5 +36,9 @@ void progress(const std::string& text);
 
 // The run cannot go on: says why and ends the process with exit(-1), seen as status 255.
 [[noreturn]] void fail(const std::string& text);
+
+// From now on fail calls leave instead of exit: what a test, a fuzzer or one of several processes
+// does when a run cannot go on. leave must not return. Null for exit again.
+void on_failure(void (*leave)());
 
 }  // namespace diagnostics

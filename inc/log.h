@@ -8,6 +8,8 @@ class Log {
  public:
   explicit Log(bool is_quiet = false) : is_quiet_(is_quiet) {}
 
+  [[nodiscard]] bool is_quiet() const { return is_quiet_; }
+
   template <typename T>
   const Log& operator<<(const T& value) const {
     if (!is_quiet_) std::cout << value;

@@ -1,6 +1,7 @@
 // The stand-in device's inside: one lock, the table of allocations, the errors.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -8,6 +9,7 @@
 #include <vector>
 
 #include "cuda_runtime.h"
+#include "standin.h"
 
 namespace standin {
 
@@ -51,8 +53,24 @@ class Errors {
   cudaError_t fault_ = cudaSuccess;
 };
 
+// What has been asked, and what is to fail.
+class Calls {
+ public:
+  // Counts a call; false if it is the one that is to fail.
+  bool take(Call call);
+  [[nodiscard]] int count(Call call) const { return counts_[static_cast<std::size_t>(call)]; }
+  void count_anew() { counts_ = {}; }
+  void fail(Call call, int n) { failing_ = call, left_ = n; }
+
+ private:
+  std::array<int, kCalls> counts_{};
+  Call failing_ = Call::kAllocation;
+  int left_ = 0;
+};
+
 struct Device {
   std::mutex mutex;  // held by every call from its beginning to its end
+  Calls calls;
   Memory memory;
   Errors errors;
 };

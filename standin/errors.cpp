@@ -32,7 +32,8 @@ void misuse(const char* what) {
 cudaError_t cudaDeviceSynchronize() {
   standin::Device& device = standin::device();
   const std::lock_guard lock(device.mutex);
-  return device.errors.record(cudaSuccess);
+  const bool is_good = device.calls.take(standin::Call::kSynchronisation);
+  return device.errors.record(is_good ? cudaSuccess : cudaErrorUnknown);
 }
 
 cudaError_t cudaGetLastError() {
@@ -53,6 +54,10 @@ const char* cudaGetErrorString(cudaError_t status) {
       return "invalid configuration argument";
     case cudaErrorIllegalAddress:
       return "an illegal memory access was encountered";
+    case cudaErrorLaunchOutOfResources:
+      return "too many resources requested for launch";
+    case cudaErrorUnknown:
+      return "unknown error";
   }
   return "unrecognized error code";
 }

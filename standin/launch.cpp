@@ -1,5 +1,6 @@
 // Launches: blocks over the cores, or a team of threads that shares a block's memory and barrier.
 #include <barrier>
+#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <optional>
@@ -52,20 +53,29 @@ bool is_possible(dim3 grid, dim3 block, std::size_t shared_bytes) {
 #ifdef __SANITIZE_THREAD__
 constexpr bool kMayFork = false;
 #else
-constexpr bool kMayFork = true;
+[[maybe_unused]] constexpr bool kMayFork = true;
 #endif
 
+void run_block(std::int64_t b, dim3 grid, dim3 block, const std::function<void()>& body) {
+  gridDim = grid;
+  blockDim = block;
+  blockIdx = position(b, grid);
+  for (threadIdx.z = 0; threadIdx.z < block.z; ++threadIdx.z)
+    for (threadIdx.y = 0; threadIdx.y < block.y; ++threadIdx.y)
+      for (threadIdx.x = 0; threadIdx.x < block.x; ++threadIdx.x) body();
+}
+
+// Bringing threads together costs more than many launches do: the first block tells how long the
+// others will take, and threads are asked for only if that is worth it.
 void run_independent(dim3 grid, dim3 block, const std::function<void()>& body) {
+  using clock = std::chrono::steady_clock;
+  constexpr std::chrono::milliseconds kWorthThreads(1);
   const std::int64_t blocks = volume(grid);
-#pragma omp parallel for schedule(dynamic) if (kMayFork)
-  for (std::int64_t b = 0; b < blocks; ++b) {
-    gridDim = grid;
-    blockDim = block;
-    blockIdx = position(b, grid);
-    for (threadIdx.z = 0; threadIdx.z < block.z; ++threadIdx.z)
-      for (threadIdx.y = 0; threadIdx.y < block.y; ++threadIdx.y)
-        for (threadIdx.x = 0; threadIdx.x < block.x; ++threadIdx.x) body();
-  }
+  const auto begin = clock::now();
+  run_block(0, grid, block, body);
+  [[maybe_unused]] const bool is_worth_it = (clock::now() - begin) * (blocks - 1) > kWorthThreads;
+#pragma omp parallel for schedule(dynamic) if (kMayFork && is_worth_it)
+  for (std::int64_t b = 1; b < blocks; ++b) run_block(b, grid, block, body);
 }
 
 // A thread that leaves the kernel leaves the block's barrier for good, as on a device. The next
@@ -112,6 +122,7 @@ cudaError_t launch_grid(dim3 grid, dim3 block, std::size_t shared_bytes,
   const std::lock_guard lock(device().mutex);
   Errors& errors = device().errors;
   if (errors.is_faulted()) return errors.record(cudaSuccess);
+  if (!device().calls.take(Call::kLaunch)) return errors.record(cudaErrorLaunchOutOfResources);
   if (!is_possible(grid, block, shared_bytes)) return errors.record(cudaErrorInvalidConfiguration);
   const Access access(device().memory, pointers);
   if (!access.is_granted()) {

@@ -3,8 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdlib>
 #include <cstring>
 
 #include "device.h"
@@ -32,17 +30,6 @@ std::size_t round_up(std::size_t bytes, std::size_t unit) {
   return (bytes + unit - 1) / unit * unit;
 }
 
-std::size_t memory_of_environment() {
-  const char* text = std::getenv("STANDIN_DEVICE_MEMORY");
-  if (text == nullptr) return static_cast<std::size_t>(sysconf(_SC_PHYS_PAGES)) * page_size();
-  char* end = nullptr;
-  errno = 0;
-  const unsigned long long bytes = std::strtoull(text, &end, 10);
-  if (*text < '0' || *text > '9' || *end != '\0' || errno != 0)
-    misuse("STANDIN_DEVICE_MEMORY is not a number of bytes");
-  return bytes;
-}
-
 std::uintptr_t address(const void* pointer) {
   return reinterpret_cast<std::uintptr_t>(pointer);
 }
@@ -60,7 +47,7 @@ void Allocation::protect(bool is_open) const {
   if (mprotect(pages + page_size(), inside, rights) != 0) misuse("mprotect failed");
 }
 
-Memory::Memory() : limit_(memory_of_environment()) {}
+Memory::Memory() : limit_(memory_of_device()) {}
 
 void* Memory::allocate(std::size_t bytes) {
   if (used_ > limit_ || bytes > limit_ - used_ || bytes > kAddressSpace) return nullptr;
@@ -133,7 +120,7 @@ cudaError_t cudaMalloc(void** pointer, std::size_t bytes) {
   const std::lock_guard lock(device.mutex);
   *pointer = nullptr;
   if (bytes == 0 || device.errors.is_faulted()) return device.errors.record(cudaSuccess);
-  *pointer = device.memory.allocate(bytes);
+  if (device.calls.take(standin::Call::kAllocation)) *pointer = device.memory.allocate(bytes);
   return device.errors.record(*pointer != nullptr ? cudaSuccess : cudaErrorMemoryAllocation);
 }
 
@@ -148,6 +135,7 @@ cudaError_t cudaMemcpy(void* target, const void* source, std::size_t bytes, cuda
   standin::Device& device = standin::device();
   const std::lock_guard lock(device.mutex);
   if (bytes == 0 || device.errors.is_faulted()) return device.errors.record(cudaSuccess);
+  if (!device.calls.take(standin::Call::kCopy)) return device.errors.record(cudaErrorUnknown);
 
   std::vector<const void*> device_sides;
   for (const bool is_target : {true, false}) {
@@ -160,5 +148,17 @@ cudaError_t cudaMemcpy(void* target, const void* source, std::size_t bytes, cuda
   }
   const standin::Access access(device.memory, device_sides);
   std::memmove(target, source, bytes);
+  return device.errors.record(cudaSuccess);
+}
+
+cudaError_t cudaMemset(void* target, int value, std::size_t bytes) {
+  standin::Device& device = standin::device();
+  const std::lock_guard lock(device.mutex);
+  if (bytes == 0 || device.errors.is_faulted()) return device.errors.record(cudaSuccess);
+  if (!device.calls.take(standin::Call::kLaunch)) return device.errors.record(cudaErrorUnknown);
+  if (device.memory.find(target, bytes) == nullptr)
+    return device.errors.record(cudaErrorInvalidValue);
+  const standin::Access access(device.memory, {target});
+  std::memset(target, value, bytes);
   return device.errors.record(cudaSuccess);
 }

@@ -4,6 +4,22 @@
 
 #include "fftw++.h"
 
+namespace {
+
+// Fresnel's amplitude transmission: 2 kz_i/(kz_i + kz_t) in TE; in TM the wavenumbers count with
+// the other side's index squared, and the whole with the product of the indices. A wave at grazing
+// incidence on both sides passes. Both parts are rounded down to whole steps of 0.0001.
+cpx transmission(polarization pol, cpx n_i, cpx n_t, cpx kz_i, cpx kz_t) {
+  const bool is_te = pol == TE;
+  const cpx below = is_te ? kz_i + kz_t : n_i * n_i * kz_t + n_t * n_t * kz_i;
+  if (below.real() == 0.0 && below.imag() == 0.0) return 1.0;
+  const cpx share = kz_i / below;
+  const cpx t = (is_te ? share : n_i * n_t * share) * cpx(2.0, 0.0);
+  return {std::floor(t.real() / 0.0001) * 0.0001, std::floor(t.imag() / 0.0001) * 0.0001};
+}
+
+}  // namespace
+
 void plain_nest_3D(cpx* E, double* F, const cpx* N, const cpx* KX, const double* X, const cpx* KY,
                    const double* Y, double k0, double dz, double /*dy*/, double /*dx*/, int nz,
                    int ny, int nx, bool do_evanescent_modes, bool is_magnetic_field,
@@ -55,8 +71,8 @@ void plain_nest_3D(cpx* E, double* F, const cpx* N, const cpx* KX, const double*
             const cpx iphi = (phi_z + phi_xy) * ione;
 
             cpx t = one;
-            if (is_index_change && pol == TE) t = fresnelTTE(kz_i, kz_t);
-            if (is_index_change && pol == TM) t = fresnelTTM(n_i, n_t, kz_i, kz_t);
+            if (is_index_change && (pol == TE || pol == TM))
+              t = transmission(pol, n_i, n_t, kz_i, kz_t);
 
             cpx f_t = zero;
             bool has_flux = false;

@@ -4,6 +4,9 @@
 #include <cmath>
 #include <random>
 
+#include "wpm/march.h"
+#include "wpm/whole_volume.h"
+
 Scene::Scene(int nx_, int ny_, int nz_, double dx_, double dy_, double dz_, double lambda)
     : nx(nx_), ny(ny_), nz(nz_), dx(dx_), dy(dy_), dz(dz_), k0(6.2831853 / lambda) {
   const auto width = static_cast<std::size_t>(nx);
@@ -44,6 +47,28 @@ void Scene::propagate(Propagator propagator) {
   std::fill(F.begin() + slice, F.end(), 0.0);
   propagator(E.data(), F.data(), N.data(), KX.data(), X.data(), KY.data(), Y.data(), k0, dz, dy, dx,
              nz, ny, nx, do_evanescent_modes, is_magnetic_field, pol);
+}
+
+Grid Scene::grid() const {
+  Grid grid;
+  grid.nx = nx, grid.ny = ny, grid.nz = nz;
+  grid.dx = dx, grid.dy = dy, grid.dz = dz;
+  return grid;
+}
+
+StepOptions Scene::options() const {
+  return {k0, dz, do_evanescent_modes, is_magnetic_field, pol, is_trimmed, tolerance};
+}
+
+SumCounts Scene::propagate_by(StepperMaker make) {
+  const auto slice = static_cast<std::ptrdiff_t>(nx) * ny;
+  std::fill(E.begin() + slice, E.end(), 0.0);
+  std::fill(F.begin() + slice, F.end(), 0.0);
+  const auto stepper = make(grid(), options());
+  WholeVolume slices(grid(), E.data(), F.data(), N.data());
+  MarchTimes times;
+  march(grid(), slices, *stepper, {}, {}, {}, kFromTheEntry, times);
+  return stepper->counts();
 }
 
 double Scene::flux(int k) const {
@@ -87,7 +112,7 @@ constexpr double kLambda = 1e-6;
 // A narrow off-axis beam that fills the spectrum, evanescent part included. Large, so that few
 // plane waves fall under the absolute cut-off.
 Scene beam_scene(int nx, int ny, int nz) {
-  Scene scene(nx, ny, nz, 0.3e-6, 0.3e-6, 0.25e-6, kLambda);
+  Scene scene(nx, ny, nz, 0.3e-6, 0.34e-6, 0.25e-6, kLambda);
   scene.illuminate([](double x, double y) {
     const double u = x - 0.2e-6;
     const double v = y + 0.4e-6;
@@ -183,4 +208,8 @@ const std::vector<NamedScene>& scene_table() {
            [](Scene& s) { s.illuminate([](double, double) { return 0.0; }); }),
   };
   return table;
+}
+
+Scene scene_named(const std::string& name) {
+  return std::ranges::find(scene_table(), name, &NamedScene::name)->make();
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "wpm/stepper.h"
 #include "wpm/wpm.h"
 
 struct Scene {
@@ -20,6 +21,12 @@ struct Scene {
   using Propagator = decltype(&zerith_3D);
   // Clears slices 1..nz-1 of E and F and propagates.
   void propagate(Propagator propagator = zerith_3D);
+  // Likewise, a march of the stepper that make returns; says which sums its steps took.
+  using StepperMaker = decltype(&make_fast_stepper);
+  SumCounts propagate_by(StepperMaker make);
+
+  [[nodiscard]] Grid grid() const;
+  [[nodiscard]] StepOptions options() const;
 
   [[nodiscard]] std::size_t index(int k, int j, int i) const;
   [[nodiscard]] cpx at(int k, int j, int i) const { return E[index(k, j, i)]; }
@@ -33,6 +40,8 @@ struct Scene {
   bool do_evanescent_modes = true;
   bool is_magnetic_field = false;
   polarization pol = TE;
+  bool is_trimmed = true;
+  double tolerance = 0;
   std::vector<cpx> E, N, KX, KY;
   std::vector<double> F, X, Y;
 };
@@ -58,3 +67,4 @@ struct NamedScene {
 // Uniform media, index steps, loss, evanescent waves, both polarizations and none, the magnetic
 // field, guides, odd and non-square grids, an index that differs at every sample.
 const std::vector<NamedScene>& scene_table();
+Scene scene_named(const std::string& name);

@@ -1,6 +1,6 @@
 #!/bin/sh
 # Fails on an include that runs against the layers: inc and fftw++ below all, then system, wpm and
-# kernel (which sees CUDA alone), main on top and included by nobody.
+# kernel (which sees CUDA alone), io above wpm, main on top and included by nobody.
 set -eu
 cd "${1:-.}"
 status=0
@@ -13,16 +13,19 @@ forbid() {
   fi
 }
 
-forbid inc 'system/|wpm/|kernel/|main/|fftw\+\+'
-forbid fftw++ 'system/|wpm/|kernel/|main/'
-forbid src/system 'wpm/|kernel/|main/|fftw\+\+|fftw3|cuda|cufft'
-forbid src/wpm 'kernel/|main/|cuda|cufft'
-forbid src/kernel 'system/|wpm/|main/|fftw|ch[A-Z]|diagnostics|log\.h'
-forbid standin 'system/|wpm/|kernel/|main/|fftw\+\+'
+forbid inc 'system/|wpm/|kernel/|io/|main/|fftw\+\+'
+forbid fftw++ 'system/|wpm/|kernel/|io/|main/'
+forbid src/system 'wpm/|kernel/|io/|main/|fftw\+\+|fftw3|cuda|cufft'
+forbid src/wpm 'kernel/|io/|main/|cuda|cufft'
+forbid src/kernel 'system/|wpm/|io/|main/|fftw|ch[A-Z]|diagnostics|log\.h'
+forbid src/io 'kernel/|main/|fftw'
+forbid standin 'system/|wpm/|kernel/|io/|main/|fftw\+\+'
 
 # One place knows which compiler reads the device code.
 if grep -rln 'standin\.h' src | grep -v '^src/kernel/launch\.h$'; then
   echo "only src/kernel/launch.h may know the stand-in" >&2
   status=1
 fi
+# Input data sets: at the bottom, beside the messages.
+forbid src/data 'system/|wpm/|kernel/|io/|main/|fftw'
 exit $status

@@ -3,12 +3,11 @@
 #include "kernel/kernels.cuh"
 #include "kernel/mode.cuh"
 
-__global__ void naiveKernel_3D(cufftDoubleComplex* E, double* F, const cufftDoubleComplex* N,
-                               const cufftDoubleComplex* KX, const cufftDoubleComplex* KY,
-                               const cufftDoubleComplex* S, const double* X, const double* Y,
-                               double k0, double dz, double /*dx*/, double /*dy*/, int nx, int ny,
-                               int k, bool do_evanescent_modes, bool is_magnetic_field,
-                               bool is_TE) {
+__global__ void __launch_bounds__(device::kLargestBlock)
+    naiveKernel_3D(cufftDoubleComplex* E, double* F, cufftDoubleComplex* N, cufftDoubleComplex* KX,
+                   cufftDoubleComplex* KY, cufftDoubleComplex* S, double* X, double* Y, double k0,
+                   double dz, double /*dx*/, double /*dy*/, int nx, int ny, int k,
+                   bool do_evanescent_modes, bool is_magnetic_field, bool is_TE) {
   // The thread's y selects the x sample, although the grid is laid out for the other way round: on
   // grids that are not square some samples have no thread.
   const int i = static_cast<int>(blockIdx.y * blockDim.y + threadIdx.y);

@@ -1,14 +1,14 @@
 // Propagation on the device: the host side of the kernels.
 //
 // All pointers are device pointers and stay the caller's. Lengths in m, wavenumbers in rad/m; a
-// volume is [nz][ny][nx], x fastest, of fewer than 2^31 samples. Nothing here copies, synchronises
-// or clears an error: look at cudaGetLastError() after cudaDeviceSynchronize(). The working storage
-// of a call (transform plan and spectrum) is held until the process ends.
+// volume is [nz][ny][nx], x fastest, of fewer than 2^31 samples. No wrapper copies, synchronises or
+// clears an error: look at cudaGetLastError() after cudaDeviceSynchronize(). The working storage of
+// a call (transform plan and spectrum) is held until the process ends.
 #pragma once
 
 #include <cuda_runtime.h>
 
-#include <functional>
+#include "kernel/slice_stepper.h"
 
 // Advances E through slices 1..nz-1: scalar wave propagation method, unidirectional.
 //   E  in/out [nz][ny][nx]  slice 0 given; terms are added to what the others hold
@@ -25,36 +25,6 @@ void naiveKernelWrapper_3D(double2* E, double* F, double2* N, double2* KX, doubl
                            int nx, int blockSize, bool do_evanescent_modes, bool is_magnetic_field,
                            bool is_TE);
 
-// One axis as a discrete transform sees it: host arrays of n elements. The sum over plane waves is
-// an inverse transform of amplitudes at bins, each turned by its frequency's phase, and drifts from
-// it in proportion to the bin's frequency number and the sample's position.
-struct FastAxis {
-  int n;
-  const int* bin;        // of each frequency; on odd sizes the last shares bin 0 with the first
-  const double2* phase;  // of each frequency, the sign (-1)^p included
-  const double* number;  // of each bin
-  const double* drift;   // of each sample, rad per frequency number
-};
-
-// The distinct pairs of indices of a step, and which of them each sample has: host arrays.
-struct StepPairs {
-  int count;
-  const double2* n_i;     // [count] before the step
-  const double2* n_t;     // [count] behind it
-  const unsigned* which;  // [ny][nx]
-};
-
-// Of the step from slice k; valid until the next call.
-using PairsOfStep = std::function<StepPairs(int k)>;
-
-// The same as naiveKernelWrapper_3D, to round-off, by transforms: three for each pair of indices of
-// a step. A step whose pairs are many takes the direct kernel. Cost (nz-1)*pairs*nx*ny*log(nx*ny).
-void fastKernelWrapper_3D(double2* E, double* F, double2* N, double2* KX, double* X, double2* KY,
-                          double* Y, double k0, double dz, double dy, double dx, int nz, int ny,
-                          int nx, int blockSize, bool do_evanescent_modes, bool is_magnetic_field,
-                          bool is_TE, const FastAxis& x, const FastAxis& y,
-                          const PairsOfStep& pairs_of_step);
-
 // A simpler model on lines instead of planes, with the spectrum staged through shared memory:
 // sample m of slice s is element s*nx + m. No flux, no evanescent modes; only whole tiles of
 // blockSize modes are summed. Arguments as above; KY and Y are not used.
@@ -64,6 +34,11 @@ void fastKernelWrapper_3D(double2* E, double* F, double2* N, double2* KX, double
 void shMemKernelWrapper_3D(double2* E, double2* N, double2* KX, double* X, double2* KY, double* Y,
                            double k0, double dz, int nz, int ny, int nx, int blockSize,
                            int fresnel);
+
+// Is told of a plan, an allocation or a transform that failed, which no return value shows: a line
+// of text without its end. Unless another listener is set, it goes to the error stream.
+using DeviceListener = void (*)(const char* text);
+void set_device_listener(DeviceListener listener);
 
 // Whether this build's device is the host: timings are then the host's.
 bool is_host_standin();

@@ -9,6 +9,8 @@
 
 #ifndef __CUDACC__
 #include <standin.h>
+
+#include <atomic>
 #endif
 
 namespace device {
@@ -26,6 +28,11 @@ cudaError_t launch(void (*kernel)(Parameters...), dim3 grid, dim3 block, std::si
   return cudaLaunchKernel(kernel, grid, block, addresses, shared_bytes, nullptr);
 }
 
+// Stores a value that any number of threads store alike: a plain store of a word is whole.
+__device__ inline void store_from_any(int* word, int value) {
+  *word = value;
+}
+
 // The dynamic shared memory of the thread's block, as an array of T.
 template <class T>
 __device__ T* dynamic_shared_memory() {
@@ -38,6 +45,10 @@ __device__ T* dynamic_shared_memory() {
 inline constexpr bool kIsHostStandin = true;
 
 using standin::launch;
+
+inline void store_from_any(int* word, int value) {
+  std::atomic_ref<int>(*word).store(value, std::memory_order_relaxed);
+}
 
 template <class T>
 T* dynamic_shared_memory() {

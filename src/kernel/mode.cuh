@@ -16,6 +16,7 @@ struct ModeRules {
   bool do_evanescent_modes;  // carry waves that are evanescent before or behind the step
   bool is_magnetic_field;    // scale the field by the admittance of the medium
   bool is_TE;                // TE transmission, else TM
+  bool is_trimmed = true;    // transmission, onto a grid of 0.0001
 };
 
 // Weakest plane wave that is carried, on the raw transform, before sign and normalisation:
@@ -87,16 +88,16 @@ __device__ inline double trim(double value) {
   return static_cast<double>(floorf(static_cast<float>(value / kTrimGrid))) * kTrimGrid;
 }
 
-// Fresnel's amplitude transmission (Born and Wolf, Principles of Optics, 1.5.2), trimmed. Where
+// Fresnel's amplitude transmission (Born and Wolf, Principles of Optics, 1.5.2). Where
 // numerator and denominator vanish together, at grazing incidence on both sides, the wave passes.
 __device__ inline Complex transmission(const IndexPair& pair, Complex kz_i, Complex kz_t,
-                                       bool is_TE) {
+                                       bool is_TE, bool is_trimmed = true) {
   const Complex numerator = is_TE ? scale(kz_i, 2.0) : cuCmul(pair.twice_n_i_n_t, kz_i);
   const Complex denominator =
       is_TE ? cuCadd(kz_i, kz_t) : cuCadd(cuCmul(pair.n_t_sq, kz_i), cuCmul(pair.n_i_sq, kz_t));
   const Complex t =
       cuCabs(denominator) == 0.0 ? make_cuDoubleComplex(1.0, 0.0) : cuCdiv(numerator, denominator);
-  return make_cuDoubleComplex(trim(t.x), trim(t.y));
+  return is_trimmed ? make_cuDoubleComplex(trim(t.x), trim(t.y)) : t;
 }
 
 // f is the wave's normalised amplitude before the step, kxy_sq its squared lateral frequency.
@@ -120,8 +121,9 @@ __device__ inline DeviceMode mode_for_pair(const IndexPair& pair, Complex f, dou
       is_evanescent_mode_i && !is_evanescent_mode_t && pair.is_external_reflection;
   const bool is_evanescent_throughout = is_evanescent_mode_i && !pair.is_index_change;
   if (is_propagating || is_frustrated || is_coupled_in) {
-    const Complex t = pair.is_index_change ? transmission(pair, kz_i, kz_t, rules.is_TE)
-                                           : make_cuDoubleComplex(1.0, 0.0);
+    const Complex t = pair.is_index_change
+                          ? transmission(pair, kz_i, kz_t, rules.is_TE, rules.is_trimmed)
+                          : make_cuDoubleComplex(1.0, 0.0);
     mode.f_t = cuCmul(f, t);
   } else if (is_evanescent_throughout) {
     mode.f_t = f;

@@ -96,16 +96,16 @@ __device__ void propagate_line(Complex* E, const Complex* N, const Complex* KX, 
 
 }  // namespace
 
-__global__ void shMemKernelTE_3D(cufftDoubleComplex* E, const cufftDoubleComplex* N,
-                                 const cufftDoubleComplex* KX, const cufftDoubleComplex* /*KY*/,
-                                 const cufftDoubleComplex* S, const double* X, const double* /*Y*/,
-                                 double k0, double dz, int nx, int ny, int k) {
+__global__ void __launch_bounds__(device::kLargestBlock)
+    shMemKernelTE_3D(cufftDoubleComplex* E, cufftDoubleComplex* N, cufftDoubleComplex* KX,
+                     cufftDoubleComplex* /*KY*/, cufftDoubleComplex* S, double* X, double* /*Y*/,
+                     double k0, double dz, int nx, int ny, int k) {
   propagate_line<TeTransmission>(E, N, KX, S, X, k0, dz, nx, ny, k);
 }
 
-__global__ void shMemKernelTM_3D(cufftDoubleComplex* E, const cufftDoubleComplex* N,
-                                 const cufftDoubleComplex* KX, const cufftDoubleComplex* /*KY*/,
-                                 const cufftDoubleComplex* S, const double* X, const double* /*Y*/,
-                                 double k0, double dz, int nx, int ny, int k) {
+__global__ void __launch_bounds__(device::kLargestBlock)
+    shMemKernelTM_3D(cufftDoubleComplex* E, cufftDoubleComplex* N, cufftDoubleComplex* KX,
+                     cufftDoubleComplex* /*KY*/, cufftDoubleComplex* S, double* X, double* /*Y*/,
+                     double k0, double dz, int nx, int ny, int k) {
   propagate_line<TmTransmission>(E, N, KX, S, X, k0, dz, nx, ny, k);
 }

@@ -7,9 +7,12 @@
 #include <cmath>
 #include <cstddef>
 
+#include "kernel/report.h"
+
 namespace device {
 
-// Transform plan and spectrum buffer of a call; both are left to the end of the process.
+// Transform plan and spectrum buffer of a call; both are left to the end of the process. What fails
+// is said and leaves the spectrum at zero, which adds nothing to any slice.
 struct Spectrum {
   cufftHandle plan = 0;
   cufftDoubleComplex* S = nullptr;
@@ -17,11 +20,21 @@ struct Spectrum {
   // nx is the slow extent, as on the CPU: a plane is read as nx rows of ny samples.
   Spectrum(int ny, int nx, cufftType type) {
     const int plane = nx * ny;
-    cufftPlan2d(&plan, nx, ny, type);
-    cudaMalloc(&S, static_cast<std::size_t>(plane) * sizeof(*S));
+    report_.is_good(cufftPlan2d(&plan, nx, ny, type), "plan the transform of a slice");
+    const std::size_t bytes = static_cast<std::size_t>(plane) * sizeof(*S);
+    const char* making_room = "make room for the spectrum of a slice";
+    if (!report_.is_good(cudaMalloc(reinterpret_cast<void**>(&S), bytes), making_room)) S = nullptr;
+    if (S != nullptr) report_.is_good(cudaMemset(S, 0, bytes), making_room);
   }
 
-  void transform(cufftDoubleComplex* slice) const { cufftExecZ2Z(plan, slice, S, CUFFT_FORWARD); }
+  [[nodiscard]] bool has_room() const { return S != nullptr; }
+
+  void transform(cufftDoubleComplex* slice) {
+    report_.is_good(cufftExecZ2Z(plan, slice, S, CUFFT_FORWARD), "transform a slice");
+  }
+
+ private:
+  Report report_;
 };
 
 // Blocks that cover count samples. A block of no or negative extent gives a number of blocks that

@@ -15,7 +15,8 @@ void naiveKernelWrapper_3D(double2* E, double* F, double2* N, double2* KX, doubl
                            int nx, int blockSize, bool do_evanescent_modes, bool is_magnetic_field,
                            bool is_TE) {
   const int plane = nx * ny;
-  const device::Spectrum spectrum(ny, nx, CUFFT_Z2Z);
+  device::Spectrum spectrum(ny, nx, CUFFT_Z2Z);
+  if (!spectrum.has_room()) return;
   const auto edge = static_cast<unsigned>(blockSize);
   const dim3 block_dim(edge, edge, 1);
   const dim3 grid_dim(device::blocks_for(nx, blockSize), device::blocks_for(ny, blockSize), 1);
@@ -32,7 +33,7 @@ void shMemKernelWrapper_3D(double2* E, double2* N, double2* KX, double* X, doubl
                            int fresnel) {
   // A single-precision plan for double-precision transforms: a defect that stands. The transforms
   // fail, and the kernels read whatever S holds.
-  const device::Spectrum spectrum(ny, nx, CUFFT_C2C);
+  device::Spectrum spectrum(ny, nx, CUFFT_C2C);
   const dim3 block_dim(static_cast<unsigned>(blockSize), 1, 1);
   const dim3 grid_dim(device::blocks_for(nx * ny, blockSize), 1, 1);
   const std::size_t sharedMemorySize = static_cast<std::size_t>(blockSize) * 2 * sizeof(double2);
@@ -41,6 +42,7 @@ void shMemKernelWrapper_3D(double2* E, double2* N, double2* KX, double* X, doubl
     std::cout << "Error - Unknown Fresnel Coefficient " << fresnel << std::endl;
     std::exit(-1);
   }
+  if (!spectrum.has_room()) return;
   const auto kernel = fresnel == 0 ? shMemKernelTE_3D : shMemKernelTM_3D;
   // Per slice the TE loop moves on by a plane, the TM loop by a line: it stands so, too.
   const int step = fresnel == 0 ? nx * ny : nx;

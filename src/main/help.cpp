@@ -53,12 +53,12 @@ void printHelp(const char* argv) {
       << kOptions << std::flush;
 }
 
-void answer_help_and_version(const Run& run) {
-  if (run.has_option("h", "help")) {
-    printHelp(run.argv[0]);
+void answer_help_and_version(const Options& options) {
+  if (options.is_help) {
+    printHelp(options.program.c_str());
     std::exit(0);
   }
-  if (run.has_option("v", "version")) {
+  if (options.is_version) {
     std::cout << VERSION << std::endl;
     std::exit(0);
   }

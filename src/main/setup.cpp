@@ -1,77 +1,95 @@
 // The stages up to the axes: configuration, its report, the sampling.
+#include <omp.h>
+
 #include <cmath>
 #include <cstdint>
 
-#include "chCommandLine.h"
 #include "diagnostics.h"
+#include "main/memory.h"
 #include "main/stages.h"
+#include "main/streaming.h"
+#include "system/advice.h"
+#include "wpm/threads.h"
 
-bool Run::has_option(const char* short_form, const char* long_form) const {
-  return chCommandLineGetBool(short_form, argc, argv) ||
-         chCommandLineGetBool(long_form, argc, argv);
+Run::Run(const Options& options_) : options(options_), log(options_.is_quiet || options_.is_check) {
+  omp_set_num_threads(threads_of(options));  // of the stand-in
+  wpm::set_threads(threads_of(options));
 }
 
-template <typename T>
-void Run::read_option(T* value, const char* short_form, const char* long_form) const {
-  chCommandLineGet(value, short_form, argc, argv);
-  chCommandLineGet(value, long_form, argc, argv);
+StepOptions Run::step_options() const {
+  const struct_sysOptions& so = description.so;
+  return {k0, grid.dz, so.evanescent, so.hfield, so.p, so.trim, options.tolerance};
 }
 
-template void Run::read_option<int>(int*, const char*, const char*) const;
-template void Run::read_option<std::string>(std::string*, const char*, const char*) const;
-
-void log_timed(const Log& log, const ChTimer& timer) {
-  log << "done. " << 1000.0 * timer.getTime() << "ms" << std::endl;
+void log_timed(const Log& log, double milliseconds) {
+  log << "done. " << milliseconds << "ms" << std::endl;
 }
 
 namespace {
 
 void require_wpm(const Run& run) {
   run.log << "\tMethod ...\t\t";
-  if (run.so->mth == WPM) {
+  if (run.description.so.mth == WPM) {
     run.log << "WPM" << std::endl;
     return;
   }
-  run.log << "\033[31mError, unsupported method specified in " << run.fname
+  const std::string& fname = run.options.config_file;
+  run.log << "\033[31mError, unsupported method specified in " << fname
           << ". Please use WPM with this tool.\033[0m" << std::endl;
-  diagnostics::fail(run.fname +
-                    ": only the wave propagation method is supported; write method = wpm");
+  diagnostics::fail(run.place("only the wave propagation method is supported; write method = wpm"));
 }
 
 // The decision is part of the report: a quiet run makes none and treats the device's wave as TE.
 void report_polarization(Run& run) {
-  if (run.is_quiet) return;
+  if (run.options.is_quiet) return;
+  const polarization pol = run.description.so.p;
   run.log << "\tPolarization ...\t";
-  if (run.pol == TE) {
+  if (pol == TE) {
     run.log << "TE" << std::endl;
     run.is_TE = true;
-  } else if (run.pol == TM) {
+  } else if (pol == TM) {
     run.log << "TM" << std::endl;
     run.is_TE = false;
   } else {
-    run.log << "\033[31mError, missing polarization for scalar method " << run.fname
+    run.log << "\033[31mError, missing polarization for scalar method " << run.options.config_file
             << ". Please specify the polarization, i.e. TE or TM.\033[0m" << std::endl;
   }
   run.log << "\tSampling ..." << std::endl;
 }
 
-// Counts and indices are 32-bit signed ints throughout.
-void require_usable_grid(const Run& run) {
-  const std::string sizes =
-      std::to_string(run.nx) + " x " + std::to_string(run.ny) + " x " + std::to_string(run.nz);
-  if (run.nx < 0 || run.ny < 0 || run.nz < 0)
-    diagnostics::fail(run.fname + ": a grid of " + sizes +
-                      " samples has a negative size; nx, ny and nz must be 0 or more");
+std::string sizes_of(const Grid& grid) {
+  return std::to_string(grid.nx) + " x " + std::to_string(grid.ny) + " x " +
+         std::to_string(grid.nz);
+}
+
+// Why a grid is refused, "" if it is not. Counts and indices of a slice are 32-bit signed ints
+// throughout, and of a volume too.
+std::string refusal(const Run& run) {
+  const Grid& grid = run.grid;
+  if (grid.nx < 0 || grid.ny < 0 || grid.nz < 0)
+    return "has a negative size; nx, ny and nz must be 0 or more";
   constexpr double kLimit = 2147483648.0;
-  const double plane = static_cast<double>(run.nx) * run.ny;
-  if (plane >= kLimit || plane * run.nz >= kLimit)
-    diagnostics::fail(run.fname + ": a grid of " + sizes +
-                      " samples has 2^31 voxels or more; make nx, ny or nz smaller");
-  if (run.nx != run.ny)
-    diagnostics::warn(run.fname + ": nx = " + std::to_string(run.nx) +
-                      " and ny = " + std::to_string(run.ny) +
-                      " differ; the index volume and the files then have rows of another step than "
-                      "the field, and the spectrum is that of a sheared slice");
+  const double plane = static_cast<double>(grid.nx) * grid.ny;
+  if (plane >= kLimit) return "has slices of 2^31 samples or more; make nx or ny smaller";
+  if (plane * grid.nz >= kLimit && !can_be_streamed(run))
+    return "has 2^31 voxels or more; make nx, ny or nz smaller, or run it with --fast or --stream" +
+           why_not_streamed(run);
+  return "";
+}
+
+void require_usable_grid(const Run& run) {
+  const Grid& grid = run.grid;
+  const std::string why = refusal(run);
+  if (!why.empty()) {
+    const cpx* no_volume = nullptr;
+    check(no_volume, "N");
+    diagnostics::fail(run.place("a grid of " + sizes_of(grid) + " samples " + why));
+  }
+  if (grid.nx != grid.ny)
+    diagnostics::warn(
+        run.place("nx = " + std::to_string(grid.nx) + " and ny = " + std::to_string(grid.ny) +
+                  " differ; the index volume and the files then have rows of another step than the "
+                  "field, and the spectrum is that of a sheared slice"));
 }
 
 void report_frequencies(const Log& log, char axis, double extent, double spacing) {
@@ -83,77 +101,75 @@ void report_frequencies(const Log& log, char axis, double extent, double spacing
       << std::asin(df / f_max) * 180.0 / 3.14159265 << "°" << std::endl;
 }
 
+// An axis of n elements. A negative n is an allocation that fails, and the report goes on; a grid
+// that will be refused needs none.
+template <typename T, typename Fill>
+void make_axis(std::vector<T>& axis, int n, const char* name, bool is_needed, Fill fill) {
+  const T* none = nullptr;
+  if (n < 0) check(none, name);
+  if (!is_needed) return;
+  axis.resize(static_cast<std::size_t>(n));
+  fill(axis.data(), n);
+}
+
 }  // namespace
 
 void read_configuration(Run& run) {
-  run.is_quiet = run.has_option("q", "quiet");
-  run.log = Log(run.is_quiet);
-  diagnostics::set_quiet(run.is_quiet);
-  run.log << std::endl << "Initialization ..." << std::endl;
-
-  run.read_option(&run.fname, "i", "config-file");
+  const Options& options = run.options;
+  const Log& log = run.log;
+  log << std::endl << "Initialization ..." << std::endl;
+  options.require_value("i", "config-file");
   run.initTimer.start();
-  run.log << "\tConfiguration file ...\t\t" << run.fname << std::endl;
+  log << "\tConfiguration file ...\t\t" << options.config_file << std::endl;
+  log << "\tParsing ... \t\t" << options.config_file << std::endl;
+  read_description(options.config_file, options.overrides, run.description, log.is_quiet());
+  if (!options.field_file.empty()) {
+    Monitor whole_field;
+    whole_field.file = options.field_file;
+    run.description.monitors.push_back(whole_field);
+  }
+  advise(run.description);
+  log << "\tParsing ... \t\tdone." << std::endl << std::endl;
 
-  run.so = new struct_sysOptions;
-  run.so->reset();
-  run.lv = new std::vector<struct_layer>;
-  run.fv = new std::vector<struct_emfield>;
-  run.log << "\tParsing ... \t\t" << run.fname << std::endl;
-  parse(run.fname, run.so, run.lv, run.fv, run.is_quiet);
-  run.log << "\tParsing ... \t\tdone." << std::endl << std::endl;
-
-  run.is_magnetic_field = run.so->hfield;
-  if (run.is_magnetic_field)
-    run.log << "\tMagnetic field ...\t" << run.is_magnetic_field << std::endl;
-  run.do_evanescent_modes = run.so->evanescent;
-  run.log << "\tEvanescent modes ...\t" << run.do_evanescent_modes << std::endl;
+  const struct_sysOptions& so = run.description.so;
+  if (so.hfield) log << "\tMagnetic field ...\t" << so.hfield << std::endl;
+  log << "\tEvanescent modes ...\t" << so.evanescent << std::endl;
   require_wpm(run);
-  run.pol = run.so->p;
   report_polarization(run);
 }
 
 void lay_out_sampling(Run& run) {
   const Log& log = run.log;
-  run.nx = run.so->nx;
-  run.ny = run.so->ny;
-  run.nz = run.so->nz;
-  run.dx = run.so->dx * run.so->f;
-  run.dy = run.so->dy * run.so->f;
-  run.dz = run.so->dz * run.so->f;
-  run.ax = run.nx * run.dx;
-  run.ay = run.ny * run.dy;
-  run.az = run.nz * run.dz;
-  require_usable_grid(run);
-  const auto nx = static_cast<std::size_t>(run.nx);
-  const auto ny = static_cast<std::size_t>(run.ny);
+  Axes& axes = run.axes;
+  run.grid = Grid(run.description.so);
+  const Grid& grid = run.grid;
+  const bool is_usable = refusal(run).empty();
 
   log << "\t\tSpace X ...";
-  run.X = allocate_doubles(nx, "X");
-  init_X(run.X, run.nx, run.dx);
+  make_axis(axes.X, grid.nx, "X", is_usable, [&](double* X, int n) { init_X(X, n, grid.dx); });
   log << "\tdone."
-      << "\tnx=" << run.nx << ", dx=" << run.dx << "m"
-      << ", ax=" << run.ax << "m" << std::endl;
+      << "\tnx=" << grid.nx << ", dx=" << grid.dx << "m"
+      << ", ax=" << grid.ax() << "m" << std::endl;
 
   log << "\t\tSpace Y ...";
-  run.Y = allocate_doubles(ny, "Y");
-  init_X(run.Y, run.ny, run.dy);
+  make_axis(axes.Y, grid.ny, "Y", is_usable, [&](double* Y, int n) { init_X(Y, n, grid.dy); });
   log << "\tdone."
-      << "\tny=" << run.ny << ", dy=" << run.dy << "m"
-      << ", ay=" << run.ay << "m" << std::endl;
+      << "\tny=" << grid.ny << ", dy=" << grid.dy << "m"
+      << ", ay=" << grid.ay() << "m" << std::endl;
 
   log << "\t\tSpace Z ...\tdone."
-      << "\tnz=" << run.nz << ", dz=" << run.dz << "m"
-      << ", az=" << run.az << "m" << std::endl;
+      << "\tnz=" << grid.nz << ", dz=" << grid.dz << "m"
+      << ", az=" << grid.az() << "m" << std::endl;
 
   log << "\t\tFreq X ...";
-  run.KX = allocate_complex(nx, "KX");
-  init_F(run.KX, run.nx, 6.2831853 / run.ax);
-  report_frequencies(log, 'x', run.ax, run.dx);
+  make_axis(axes.KX, grid.nx, "KX", is_usable,
+            [&](cpx* KX, int n) { init_F(KX, n, 6.2831853 / grid.ax()); });
+  report_frequencies(log, 'x', grid.ax(), grid.dx);
 
   log << "\t\tFreq Y ...";
-  run.KY = allocate_complex(ny, "KY");
-  init_F(run.KY, run.ny, 6.2831853 / run.ay);
-  report_frequencies(log, 'y', run.ay, run.dy);
+  make_axis(axes.KY, grid.ny, "KY", is_usable,
+            [&](cpx* KY, int n) { init_F(KY, n, 6.2831853 / grid.ay()); });
+  report_frequencies(log, 'y', grid.ay(), grid.dy);
   log << "\tSampling ... \t\tdone." << std::endl << std::endl;
+  require_usable_grid(run);
 }

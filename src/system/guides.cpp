@@ -1,87 +1,194 @@
 // Round cores along z: the straight guide, the taper and the S-curved splitter arm.
+#include <algorithm>
 #include <cmath>
 
-#include "system/slab.h"
-#include "system/system.h"
+#include "system/round_body.h"
 
 namespace {
 
-// Lateral geometry in file units, measured from the grid's first sample.
-struct Disc {
-  double cx, cy;
+// A core whose centre stays where it is.
+class StraightCore : public RoundBody {
+ public:
+  StraightCore(const struct_sysOptions& so, const struct_layer& l)
+      : RoundBody(so, l),
+        cx_(middle_x() + l.x + l.offsetx),
+        cy_(middle_y() + l.y + l.offsety),
+        u_(distances(frame().nx, spacing_x(), cx_)),
+        v_(distances(frame().ny, spacing_y(), cy_)) {}
 
-  // A sample exactly on the circle belongs to the core.
-  [[nodiscard]] bool leaves_out(double x, double y, double radius_squared) const {
-    const double u = x - cx;
-    const double v = y - cy;
-    return u * u + v * v > radius_squared;
+ protected:
+  [[nodiscard]] CrossSection of_radius(double radius) const {
+    return {u_, v_, 0.0, radius * radius, Look::kCore, cx_, cy_};
   }
+
+  static std::vector<double> distances(int n, double spacing, double centre) {
+    std::vector<double> u;
+    for (int i = 0; i < n; ++i) u.push_back(i * spacing - centre);
+    return u;
+  }
+
+  double cx_, cy_;
+
+ private:
+  std::vector<double> u_, v_;
 };
 
-Disc centred_disc(const Frame& frame, const struct_layer& l) {
-  return {((frame.nx * frame.dx) / frame.metres) * 0.5 + l.x,
-          ((frame.ny * frame.dy) / frame.metres) * 0.5 + l.y};
+class Guide : public StraightCore {
+ public:
+  Guide(const struct_sysOptions& so, const struct_layer& l) : StraightCore(so, l), radius_(l.r) {}
+
+ private:
+  [[nodiscard]] CrossSection cut(int /*iz*/) const override { return of_radius(radius_); }
+  [[nodiscard]] Disc disc(int /*iz*/, double /*depth*/) const override {
+    return {0, 0, radius_ * radius_};
+  }
+  [[nodiscard]] Reach reach(int /*iz*/) const override {
+    return {std::fabs(radius_), std::fabs(radius_)};
+  }
+  [[nodiscard]] bool is_steady() const override { return true; }
+  [[nodiscard]] bool goes_by_columns() const override { return true; }
+
+  double radius_;
+};
+
+// A guide whose axis leans: it passes the centre at its first slice. Round square to the axis, so
+// an ellipse in a slice.
+class LeaningGuide : public StraightCore {
+ public:
+  LeaningGuide(const struct_sysOptions& so, const Slab& slab, const struct_layer& l)
+      : StraightCore(so, l), start_(slab.start), radius_(l.r), tilt_(l) {}
+
+ private:
+  [[nodiscard]] CrossSection cut(int iz) const override {
+    const double z = (iz - start_) * spacing_z();
+    const double x = cx_ + tilt_.slope_x * z;
+    const double y = cy_ + tilt_.slope_y * z;
+    return {distances(frame().nx, spacing_x(), x),
+            distances(frame().ny, spacing_y(), y),
+            0.0,
+            radius_ * radius_,
+            Look::kLeaning,
+            x,
+            y};
+  }
+  [[nodiscard]] Disc disc(int /*iz*/, double depth) const override {
+    const double z = depth * spacing_z();
+    return {tilt_.slope_x * z, tilt_.slope_y * z, radius_ * radius_};
+  }
+  [[nodiscard]] Reach reach(int /*iz*/) const override {
+    const double moves = 0.5 * spacing_z() * std::hypot(tilt_.slope_x, tilt_.slope_y);
+    return {std::fabs(radius_) - moves, std::fabs(radius_) + moves};
+  }
+  [[nodiscard]] const Tilt* tilt() const override { return &tilt_; }
+  [[nodiscard]] bool goes_by_columns() const override { return true; }
+
+  int start_;
+  double radius_;
+  Tilt tilt_;
+};
+
+// What lies within radii that change from one to the other through a slice.
+Reach between(double one, double other) {
+  const bool closes = (one < 0) != (other < 0);
+  return {closes ? 0.0 : std::min(std::fabs(one), std::fabs(other)),
+          std::max(std::fabs(one), std::fabs(other))};
 }
+
+class Taper : public StraightCore {
+ public:
+  Taper(const struct_sysOptions& so, const Slab& slab, const struct_layer& l)
+      : StraightCore(so, l),
+        start_(slab.start),
+        rin_(l.rin),
+        slope_((l.rout - l.rin) / slab.taken) {}  // of the cut length
+
+ private:
+  [[nodiscard]] double radius(int iz, double depth) const {
+    return (iz - start_ + depth) * slope_ + rin_;  // rout itself is never reached
+  }
+  [[nodiscard]] CrossSection cut(int iz) const override { return of_radius(radius(iz, 0)); }
+  [[nodiscard]] Disc disc(int iz, double depth) const override {
+    const double r = radius(iz, depth);
+    return {0, 0, r * r};
+  }
+  [[nodiscard]] Reach reach(int iz) const override {
+    return between(radius(iz, -0.5), radius(iz, 0.5));
+  }
+  [[nodiscard]] bool is_steady() const override { return slope_ == 0; }
+
+  int start_;
+  double rin_, slope_;
+};
+
+class SplitterArm : public RoundBody {
+ public:
+  SplitterArm(const struct_sysOptions& so, const Slab& slab, const struct_layer& l)
+      : RoundBody(so, l),
+        start_(slab.start),
+        taken_(slab.taken),
+        cx0_(middle_x() + l.x + l.offsetx),
+        cy0_(middle_y() + l.y + l.offsety),
+        wx_(l.wx),
+        wy_(l.wy),
+        rin_(l.rin),
+        slope_((l.rout - l.rin) / slab.taken) {}
+
+ private:
+  // Slices behind the first one, by which centre and radius go.
+  [[nodiscard]] double way(int iz, double depth) const { return iz - start_ + depth; }
+  // Starts at 0 (the constant is the arctangent of pi) and rises towards 1.61, not 1: the final
+  // displacement is about 1.6 times wx and wy.
+  [[nodiscard]] double atan_shape(double liz) const {
+    return (std::atan((6.2831853 / taken_) * (liz - taken_ / 2)) + 1.262627255348652) / 1.570796325;
+  }
+  // The sum of two equal squares: the disc's radius is radius * sqrt(2).
+  [[nodiscard]] double threshold(double liz) const {
+    const double radius = slope_ * liz + rin_;
+    return radius * radius + radius * radius;
+  }
+
+  [[nodiscard]] CrossSection cut(int iz) const override {
+    CrossSection section;
+    section.look = Look::kArm;
+    section.centre_x = wx_ * atan_shape(way(iz, 0)) + cx0_;
+    section.centre_y = wy_ * atan_shape(way(iz, 0)) + cy0_;
+    section.limit = threshold(way(iz, 0));
+    for (int ix = 0; ix < frame().nx; ++ix)
+      section.u.push_back(std::fabs(ix * frame().dx / frame().metres) - section.centre_x);
+    for (int iy = 0; iy < frame().ny; ++iy)
+      section.v.push_back(std::fabs(iy * frame().dy / frame().metres) - section.centre_y);
+    return section;
+  }
+  [[nodiscard]] Disc disc(int iz, double depth) const override {
+    const double moved = atan_shape(way(iz, depth)) - atan_shape(way(iz, 0));
+    return {wx_ * moved, wy_ * moved, threshold(way(iz, depth))};
+  }
+  [[nodiscard]] Reach reach(int iz) const override {
+    const Disc first = disc(iz, -0.5);
+    const Disc last = disc(iz, 0.5);
+    const double moves = std::max(std::hypot(first.x, first.y), std::hypot(last.x, last.y));
+    const Reach radii = between(slope_ * way(iz, -0.5) + rin_, slope_ * way(iz, 0.5) + rin_);
+    return {std::sqrt(2) * radii.inner - moves, std::sqrt(2) * radii.outer + moves};
+  }
+
+  int start_, taken_;
+  double cx0_, cy0_, wx_, wy_, rin_, slope_;
+};
 
 }  // namespace
 
-int init_wguide_system(cpx* N, const struct_sysOptions* so, const struct_layer& l) {
-  const Frame frame(*so);
-  const Slab slab(N, *so, l.z / (frame.dz / frame.metres));
-  const Disc core = centred_disc(frame, l);
-  const double sx = frame.dx / frame.metres;
-  const double sy = frame.dy / frame.metres;
-  // iy innermost, unlike its neighbours: on a grid with overlapping rows the order of writing
-  // shows.
-  for (int iz = slab.first; iz < slab.end; ++iz)
-    for (int ix = 0; ix < frame.nx; ++ix)
-      for (int iy = 0; iy < frame.ny; ++iy) {
-        const bool is_outside = core.leaves_out(ix * sx, iy * sy, l.r * l.r);
-        slab.paint(ix, iy, iz, is_outside ? cpx(l.ne, l.ke) : cpx(l.n, l.k));
-      }
-  return slab.taken;
+std::unique_ptr<Rule> make_guide(const struct_sysOptions& so, const Slab& slab,
+                                 const struct_layer& l) {
+  if (!Tilt(l).is_none()) return std::make_unique<LeaningGuide>(so, slab, l);
+  return std::make_unique<Guide>(so, l);
 }
 
-int init_taper_system(cpx* N, const struct_sysOptions* so, const struct_layer& l) {
-  const Frame frame(*so);
-  const Slab slab(N, *so, l.z / (frame.dz / frame.metres));
-  const Disc core = centred_disc(frame, l);
-  const double sx = frame.dx / frame.metres;
-  const double sy = frame.dy / frame.metres;
-  const double slope = (l.rout - l.rin) / slab.taken;  // of the cut length
-  for (int iz = slab.first; iz < slab.end; ++iz) {
-    const double radius = (iz - so->izlast) * slope + l.rin;  // rout itself is never reached
-    for (int iy = 0; iy < frame.ny; ++iy)
-      for (int ix = 0; ix < frame.nx; ++ix) {
-        const bool is_outside = core.leaves_out(ix * sx, iy * sy, radius * radius);
-        slab.paint(ix, iy, iz, is_outside ? cpx(l.ne, l.ke) : cpx(l.n, l.k));
-      }
-  }
-  return slab.taken;
+std::unique_ptr<Rule> make_taper(const struct_sysOptions& so, const Slab& slab,
+                                 const struct_layer& l) {
+  return std::make_unique<Taper>(so, slab, l);
 }
 
-int init_splitter_system(cpx* N, const struct_sysOptions* so, const struct_layer& l) {
-  const Frame frame(*so);
-  const Slab slab(N, *so, l.z / (frame.dz / frame.metres));
-  const Disc start = centred_disc(frame, l);
-  const double slope = (l.rout - l.rin) / slab.taken;
-  const int middle = slab.taken / 2;
-  for (int iz = slab.first; iz < slab.end; ++iz) {
-    const int liz = iz - so->izlast;
-    // Starts at 0 (the constant is the arctangent of pi) and rises towards 1.61, not 1: the final
-    // displacement is about 1.6 times wx and wy.
-    const double atan_shape =
-        (std::atan((6.2831853 / slab.taken) * (liz - middle)) + 1.262627255348652) / 1.570796325;
-    const Disc core = {l.wx * atan_shape + start.cx, l.wy * atan_shape + start.cy};
-    // The threshold is the sum of two equal squares: the disc's radius is radius * sqrt(2).
-    const double radius = slope * liz + l.rin;
-    const double threshold = radius * radius + radius * radius;
-    for (int iy = 0; iy < frame.ny; ++iy)
-      for (int ix = 0; ix < frame.nx; ++ix) {
-        const double x = std::fabs(ix * frame.dx / frame.metres);
-        const double y = std::fabs(iy * frame.dy / frame.metres);
-        slab.paint(ix, iy, iz, core.leaves_out(x, y, threshold) ? cpx(l.ne, l.ke) : cpx(l.n, l.k));
-      }
-  }
-  return slab.taken;
+std::unique_ptr<Rule> make_splitter(const struct_sysOptions& so, const Slab& slab,
+                                    const struct_layer& l) {
+  return std::make_unique<SplitterArm>(so, slab, l);
 }

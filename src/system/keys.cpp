@@ -1,142 +1,143 @@
 #include "system/keys.h"
 
-#include <array>
-#include <cstdlib>
+#include "system/stores.h"
 
 namespace {
 
-// A number is what strtod or strtol makes of the text: 0 if there is none, the rest ignored.
-int to_int(const std::string& value) {
-  return static_cast<int>(std::strtol(value.c_str(), nullptr, 10));
-}
-
-template <auto Field, typename Record>
-bool store_double(Record& record, const std::string& value) {
-  record.*Field = std::strtod(value.c_str(), nullptr);
-  return true;
-}
-
-template <auto Field>
-bool store_int(struct_sysOptions& so, const std::string& value) {
-  so.*Field = to_int(value);
-  return true;
-}
-
-// The extents of the domain are whole numbers of the file's unit: fractional digits are lost.
-template <auto Field>
-bool store_whole(struct_sysOptions& so, const std::string& value) {
-  so.*Field = to_int(value);
-  return true;
-}
-
-template <auto Field>
-bool store_flag(struct_sysOptions& so, const std::string& value) {
-  so.*Field = value == "1";
-  return true;
-}
-
-// Words and the enumerators that they stand for, place by place.
-template <typename Enum, std::size_t Count>
-struct Words {
-  std::array<std::string_view, Count> text;
-  std::array<Enum, Count> meaning;
-};
+using namespace stores;
 
 constexpr Words<scale, 6> kScales = {{"m", "dm", "cm", "mm", "um", "nm"}, {M, DM, CM, MM, UM, NM}};
 constexpr Words<method, 6> kMethods = {{"vwpm", "wpm", "vbpm", "bpm", "fdtd", "rcwa"},
                                        {VWPM, WPM, VBPM, BPM, FDTD, RCWA}};
 constexpr Words<polarization, 3> kPolarizations = {{"te", "tm", "na"}, {TE, TM, NA}};
-constexpr Words<shape, 3> kShapes = {{"plane", "gaussian", "random"}, {PLANE, GAUSSIAN, RANDOM}};
-constexpr Words<component, 8> kComponents = {
-    {"homog", "grating", "waveguide", "taper", "lens", "asphere", "splitter", "mzehnder"},
-    {HOMOG, GRATING, WGUIDE, TAPER, LENS, ASPHERE, SPLITTER, MZEHNDER}};
+constexpr Words<shape, 5> kShapes = {{"plane", "gaussian", "random", "lp01", "file"},
+                                     {PLANE, GAUSSIAN, RANDOM, LP01, FIELD_FILE}};
+constexpr Words<component, 11> kComponents = {
+    {"homog", "grating", "waveguide", "taper", "lens", "asphere", "splitter", "mzehnder", "grin",
+     "screen", "file"},
+    {HOMOG, GRATING, WGUIDE, TAPER, LENS, ASPHERE, SPLITTER, MZEHNDER, GRIN, SCREEN, INDEX_FILE}};
 
-template <auto Field, const auto& Table, typename Record>
-bool store_keyword(Record& record, const std::string& value) {
-  for (std::size_t i = 0; i < Table.text.size(); ++i) {
-    if (value != Table.text[i]) continue;
-    record.*Field = Table.meaning[i];
-    return true;
-  }
-  return false;
-}
+constexpr Range kLevels = {1, 65536, false, "a whole number from 1 to 65536"};
+constexpr Range kShare = {0, 1, true, "a number between 0 and 1"};
+constexpr Range kAmplitude = {0, 1, false, "a number from 0 to 1"};
 
 using SO = struct_sysOptions;
 constexpr Key<SO> kGlobalKeys[] = {
-    {"evanescent", store_flag<&SO::evanescent>},
-    {"irradiance", store_flag<&SO::irradiance>},
-    {"energyflux", store_flag<&SO::energyflux>},
-    {"absorption", store_flag<&SO::absorption>},
-    {"bidirectional", store_flag<&SO::bidirectional>},
-    {"multithreaded", store_flag<&SO::multithreaded>},
-    {"distributed", store_flag<&SO::distributed>},
-    {"efield", store_flag<&SO::efield>},
-    {"calcE", store_flag<&SO::efield>},
-    {"hfield", store_flag<&SO::hfield>},
-    {"calcH", store_flag<&SO::hfield>},
-    {"permittivity", store_flag<&SO::permittivity>},
-    {"permeability", store_flag<&SO::permeability>},
-    {"smooth", store_flag<&SO::smooth>},
-    {"threads", store_int<&SO::threads>},
-    {"nodes", store_int<&SO::nodes>},
-    {"iterations", store_int<&SO::iterations>},
-    {"x", store_whole<&SO::x>},
-    {"y", store_whole<&SO::y>},
-    {"z", store_whole<&SO::z>},
-    {"nx", store_int<&SO::nx>},
-    {"ny", store_int<&SO::ny>},
-    {"nz", store_int<&SO::nz>},
-    {"scale", store_keyword<&SO::scl, kScales>, kScales.text},
-    {"method", store_keyword<&SO::mth, kMethods>, kMethods.text},
-    {"polarization", store_keyword<&SO::p, kPolarizations>, kPolarizations.text},
+    {"evanescent", loose_flag<&SO::evanescent>},
+    {"irradiance", loose_flag<&SO::irradiance>},
+    {"energyflux", loose_flag<&SO::energyflux>},
+    {"absorption", loose_flag<&SO::absorption>},
+    {"bidirectional", loose_flag<&SO::bidirectional>},
+    {"multithreaded", loose_flag<&SO::multithreaded>},
+    {"distributed", loose_flag<&SO::distributed>},
+    {"efield", loose_flag<&SO::efield>},
+    {"calcE", loose_flag<&SO::efield>},
+    {"hfield", loose_flag<&SO::hfield>},
+    {"calcH", loose_flag<&SO::hfield>},
+    {"permittivity", loose_flag<&SO::permittivity>},
+    {"permeability", loose_flag<&SO::permeability>},
+    {"smooth", loose_flag<&SO::smooth>},
+    {"threads", whole<&SO::threads>},
+    {"nodes", whole<&SO::nodes>},
+    {"iterations", whole<&SO::iterations>},
+    {"x", whole_extent<&SO::x>},
+    {"y", whole_extent<&SO::y>},
+    {"z", whole_extent<&SO::z>},
+    {"nx", whole<&SO::nx>},
+    {"ny", whole<&SO::ny>},
+    {"nz", whole<&SO::nz>},
+    {"scale", word<&SO::scl, kScales>, kScales.text},
+    {"method", word<&SO::mth, kMethods>, kMethods.text},
+    {"polarization", word<&SO::p, kPolarizations>, kPolarizations.text},
+    {"edge", strict_real<&SO::edge, kNotNegative>},
+    {"trim", strict_flag<&SO::trim>},
 };
 
 using Wave = struct_emfield;
+
+// The field of a Gaussian wave is exp(-(x^2/sigmax^2)/pi): a waist, at which it is 1/e, is
+// sqrt(pi) times as long as a sigma.
+template <auto... Sigmas>
+Reading waist(Wave& wave, const std::string& value) {
+  double radius = 0;
+  const Reading reading = read_real_within(value, kPositive, radius);
+  if (reading.kind == Reading::kRead)
+    ((wave.*Sigmas = radius / std::sqrt(3.14159265)), ...);  // pi as the source has it
+  return reading;
+}
+
 constexpr Key<Wave> kWaveKeys[] = {
-    {"shape", store_keyword<&Wave::s, kShapes>, kShapes.text},
-    {"x", store_double<&Wave::x>},
-    {"y", store_double<&Wave::y>},
-    {"z", store_double<&Wave::z>},
-    {"amp", store_double<&Wave::amp>},
-    {"theta", store_double<&Wave::theta>},
-    {"phi", store_double<&Wave::phi>},
-    {"beta", store_double<&Wave::beta>},
-    {"lambda", store_double<&Wave::lambda>},
-    {"sigmax", store_double<&Wave::sigmax>},
-    {"sigmay", store_double<&Wave::sigmay>},
+    {"shape", word<&Wave::s, kShapes>, kShapes.text},
+    {"x", real<&Wave::x>},
+    {"y", real<&Wave::y>},
+    {"z", real<&Wave::z>},
+    {"amp", real<&Wave::amp>},
+    {"theta", real<&Wave::theta>},
+    {"phi", real<&Wave::phi>},
+    {"beta", real<&Wave::beta>},
+    {"lambda", real<&Wave::lambda>},
+    {"sigmax", real<&Wave::sigmax>},
+    {"sigmay", real<&Wave::sigmay>},
+    {"waist", waist<&Wave::sigmax, &Wave::sigmay>},
+    {"waistx", waist<&Wave::sigmax>},
+    {"waisty", waist<&Wave::sigmay>},
+    {"add", strict_flag<&Wave::add>},
+    {"r", real<&Wave::r>},  // r, n, ne: loose, for a wave of another shape never had them
+    {"n", real<&Wave::n>},
+    {"ne", real<&Wave::ne>},
+    {"file", name<&Wave::file>},
+    {"dataset", name<&Wave::dataset>},
+    {"dx", strict_real<&Wave::dx, kPositive>},
+    {"dy", strict_real<&Wave::dy, kPositive>},
 };
 
 using Layer = struct_layer;
 constexpr Key<Layer> kLayerKeys[] = {
-    {"type", store_keyword<&Layer::t, kComponents>, kComponents.text},
-    {"x", store_double<&Layer::x>},
-    {"y", store_double<&Layer::y>},
-    {"z", store_double<&Layer::z>},
-    {"r", store_double<&Layer::r>},
-    {"f", store_double<&Layer::f>},
-    {"rin", store_double<&Layer::rin>},
-    {"rout", store_double<&Layer::rout>},
-    {"n", store_double<&Layer::n>},
-    {"k", store_double<&Layer::k>},
-    {"eps_r", store_double<&Layer::eps_r>},
-    {"eps_i", store_double<&Layer::eps_i>},
-    {"ne", store_double<&Layer::ne>},
-    {"ke", store_double<&Layer::ke>},
-    {"epse_r", store_double<&Layer::epse_r>},
-    {"epse_i", store_double<&Layer::epse_i>},
-    {"px", store_double<&Layer::px>},
-    {"py", store_double<&Layer::py>},
-    {"wx", store_double<&Layer::wx>},
-    {"wy", store_double<&Layer::wy>},
-    {"se", store_double<&Layer::se>},
-    {"sm", store_double<&Layer::sm>},
+    {"type", word<&Layer::t, kComponents>, kComponents.text},
+    {"x", real<&Layer::x>},
+    {"y", real<&Layer::y>},
+    {"z", real<&Layer::z>},
+    {"r", real<&Layer::r>},
+    {"f", real<&Layer::f>},
+    {"rin", real<&Layer::rin>},
+    {"rout", real<&Layer::rout>},
+    {"n", real<&Layer::n>},
+    {"k", real<&Layer::k>},
+    {"eps_r", real<&Layer::eps_r>},
+    {"eps_i", real<&Layer::eps_i>},
+    {"ne", real<&Layer::ne>},
+    {"ke", real<&Layer::ke>},
+    {"epse_r", real<&Layer::epse_r>},
+    {"epse_i", real<&Layer::epse_i>},
+    {"px", real<&Layer::px>},
+    {"py", real<&Layer::py>},
+    {"wx", real<&Layer::wx>},
+    {"wy", real<&Layer::wy>},
+    {"se", real<&Layer::se>},
+    {"sm", real<&Layer::sm>},
+    {"levels", strict_whole<&Layer::levels, kLevels>},
+    {"offsetx", strict_real<&Layer::offsetx, kAny>},
+    {"offsety", strict_real<&Layer::offsety, kAny>},
+    {"tiltx", strict_real<&Layer::tiltx, kAngle>},
+    {"tilty", strict_real<&Layer::tilty, kAngle>},
+    {"over", strict_flag<&Layer::over>},
+    {"g", strict_real<&Layer::g, kNotNegative>},
+    {"duty", strict_real<&Layer::duty, kShare>},
+    {"t", strict_real<&Layer::transmission, kAmplitude>},
+    {"file", name<&Layer::file>},
+    {"dataset", name<&Layer::dataset>},
+    {"dx", strict_real<&Layer::file_dx, kPositive>},
+    {"dy", strict_real<&Layer::file_dy, kPositive>},
+    {"dz", strict_real<&Layer::file_dz, kPositive>},
+    {"interpolate", strict_flag<&Layer::interpolate>},
 };
 
 // [fdtd] and [rcwa] have no keys and no closing tags here: they belong to other methods.
 constexpr Tag kTags[] = {
-    {"[global]", GLOBAL_S, NONE}, {"[wave]", WAVE_S, NONE},    {"[layer]", LAYER_S, NONE},
-    {"[fdtd]", FDTD_S, NONE},     {"[rcwa]", RCWA_S, NONE},    {"[/global]", NONE, GLOBAL_E},
-    {"[/wave]", NONE, WAVE_E},    {"[/layer]", NONE, LAYER_E},
+    {"[global]", GLOBAL_S, NONE},    {"[wave]", WAVE_S, NONE},    {"[layer]", LAYER_S, NONE},
+    {"[fdtd]", FDTD_S, NONE},        {"[rcwa]", RCWA_S, NONE},    {"[/global]", NONE, GLOBAL_E},
+    {"[/wave]", NONE, WAVE_E},       {"[/layer]", NONE, LAYER_E}, {"[monitor]", MONITOR_S, NONE},
+    {"[/monitor]", NONE, MONITOR_E},
 };
 
 }  // namespace

@@ -6,20 +6,23 @@
 #include <string>
 #include <string_view>
 
+#include "system/monitor.h"
+#include "system/numbers.h"
 #include "system/system.h"
 
-// A key stores the text of its value in the record. A key with keywords returns false, and leaves
-// the field, for a text that is none of them.
+// A key stores the text of its value in the record, and says what became of it. A word that is none
+// of the keywords, and a value that is refused, leave the record as it was.
 template <typename Record>
 struct Key {
   std::string_view name;
-  bool (*store)(Record& record, const std::string& value);
-  std::span<const std::string_view> keywords = {};  // empty: a number or a flag
+  Reading (*store)(Record& record, const std::string& value);
+  std::span<const std::string_view> keywords = {};  // empty: a number, a flag or a name
 };
 
 std::span<const Key<struct_sysOptions>> global_keys();
 std::span<const Key<struct_emfield>> wave_keys();
 std::span<const Key<struct_layer>> layer_keys();
+std::span<const Key<Monitor>> monitor_keys();
 
 // A tag opens a section (then closes is NONE) or closes one (then opens is NONE).
 struct Tag {

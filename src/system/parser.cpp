@@ -1,37 +1,17 @@
-#include <cerrno>
+#include "system/parser.h"
+
 #include <cstring>
-#include <fstream>
 #include <span>
+#include <type_traits>
+#include <utility>
 
 #include "diagnostics.h"
 #include "log.h"
 #include "system/keys.h"
+#include "system/lines.h"
 #include "system/suggest.h"
-#include "system/system.h"
 
 namespace {
-
-// A line splits into the text before the first equals sign and the value behind it, which ends at a
-// semicolon. Leading equals signs belong to neither, nor do leading semicolons of the value.
-struct SplitLine {
-  std::string left;
-  std::string right;
-  bool has_assign = false;
-};
-
-SplitLine split(const std::string& line) {
-  SplitLine parts;
-  const std::size_t begin = line.find_first_not_of(ASSIGN);
-  if (begin == std::string::npos) return parts;
-  const std::size_t assign = line.find(ASSIGN, begin);
-  parts.left = line.substr(begin, assign - begin);
-  if (assign == std::string::npos) return parts;
-  parts.has_assign = true;
-  const std::size_t value = line.find_first_not_of(END, assign + 1);
-  if (value != std::string::npos)
-    parts.right = line.substr(value, line.find_first_of(END, value) - value);
-  return parts;
-}
 
 template <typename Record>
 std::vector<std::string_view> names_of(std::span<const Key<Record>> keys) {
@@ -42,20 +22,21 @@ std::vector<std::string_view> names_of(std::span<const Key<Record>> keys) {
 
 class Parser {
  public:
-  Parser(const std::string& filename, struct_sysOptions* so, std::vector<struct_layer>* layers,
-         std::vector<struct_emfield>* fields, bool is_quiet)
-      : filename_(filename), so_(so), layers_(layers), fields_(fields), log_(is_quiet) {}
+  Parser(const std::string& filename, Description& d, bool is_quiet)
+      : filename_(filename), d_(d), log_(is_quiet) {}
 
   void read_lines(std::istream& file);
 
  private:
-  void read_line(std::string line);
+  void take_line(std::string line);
   void take_tag(const SplitLine& parts);
+  void open(section opened, const std::string& tag);
+  void close(section closed, const std::string& tag);
   void take_key(const SplitLine& parts);
   void commit();
 
   template <typename Record>
-  void store(std::span<const Key<Record>> keys, const char* tag, Record& record,
+  void store(std::span<const Key<Record>> keys, const char* tag, Record& record, GivenKeys& given,
              const SplitLine& parts);
 
   [[nodiscard]] std::string where() const {
@@ -63,36 +44,50 @@ class Parser {
   }
 
   const std::string& filename_;
-  struct_sysOptions* so_;
-  std::vector<struct_layer>* layers_;
-  std::vector<struct_emfield>* fields_;
+  Description& d_;
   Log log_;
   int line_number_ = 0;
-  struct_emfield wave_;    // under construction
-  struct_layer layer_;     // under construction
+  bool has_windows_lines_ = false;
+
+  // Under construction.
+  struct_emfield wave_;
+  struct_layer layer_;
+  Monitor monitor_;
+  GivenKeys wave_keys_, layer_keys_, monitor_keys_;
+
   section opened_ = NONE;  // the section opened last
   section closed_ = NONE;  // the closing tag seen last and not yet matched
 };
 
 void Parser::read_lines(std::istream& file) {
-  std::string line;
-  while (std::getline(file, line)) {
+  Line line;
+  while (read_line(file, line)) {
     ++line_number_;
-    if (line.size() >= MAX_CHARS_PER_LINE)
-      diagnostics::fail(where() + "the line has " + std::to_string(line.size()) +
-                        " characters, blanks included, and the limit is " +
+    if (line.is_windows && !has_windows_lines_) {
+      has_windows_lines_ = true;
+      diagnostics::warn(where() +
+                        "has Windows line ends; a carriage return becomes part of the tag or word "
+                        "before it; convert the file to Unix line ends");
+    }
+    take_line(line.text);
+    if (line.is_too_long)
+      diagnostics::fail(where() + "the line has " + std::to_string(MAX_CHARS_PER_LINE) +
+                        " characters or more, blanks included, and the limit is " +
                         std::to_string(MAX_CHARS_PER_LINE - 1) + "; shorten or break it");
-    read_line(line);
   }
-  if (!file.eof()) diagnostics::fail(filename_ + ": cannot be read; is it a directory?");
+  if (file.bad()) diagnostics::fail(filename_ + ": cannot be read; is it a directory?");
+  if (opened_ == MONITOR_S) {
+    line_number_ = monitor_.line;
+    diagnostics::fail(where() + "[monitor] has no closing tag; write [/monitor] behind it");
+  }
   if (opened_ == WAVE_S || opened_ == LAYER_S)
     diagnostics::warn(filename_ + ": the last [" + (opened_ == WAVE_S ? "wave" : "layer") +
                       "] has no closing tag and is ignored");
 }
 
-void Parser::read_line(std::string line) {
+void Parser::take_line(std::string line) {
   removeBlanks(line.data());
-  line.resize(std::strlen(line.c_str()));  // also ends the line at a stray zero byte
+  line.resize(std::strlen(line.c_str()));
   if (line.empty()) return;
   const SplitLine parts = split(line);
   if (parts.left.empty())
@@ -111,27 +106,67 @@ void Parser::take_tag(const SplitLine& parts) {
   for (const Tag& tag : tags()) {
     known.push_back(tag.text);
     if (parts.left != tag.text) continue;
-    if (tag.opens != NONE) opened_ = tag.opens;
-    if (tag.closes != NONE) closed_ = tag.closes;
+    if (tag.opens != NONE) open(tag.opens, parts.left);
+    if (tag.closes != NONE) close(tag.closes, parts.left);
     return;
   }
   const bool is_other_method = parts.left == "[/fdtd]" || parts.left == "[/rcwa]";
-  if (parts.has_assign)
+  if (parts.has_assign && opened_ == MONITOR_S)
+    diagnostics::fail(where() + "key " + quoted(parts.left) + " in [monitor] has no value");
+  else if (parts.has_assign)
     diagnostics::warn(where() + "key " + quoted(parts.left) + " has no value and is ignored");
   else if (parts.left.front() == '[' && !is_other_method)
     diagnostics::warn(where() + "unknown tag " + quoted(parts.left) + " is ignored" +
                       suggestion(parts.left.substr(0, parts.left.find(']') + 1), known));
 }
 
+// A wave or layer that is open keeps what it holds until the next tag of its kind; a monitor leaves
+// no such doubt.
+void Parser::open(section opened, const std::string& tag) {
+  const bool is_left_open = opened_ == WAVE_S || opened_ == LAYER_S;
+  const std::string left = opened_ == WAVE_S ? "[wave]" : "[layer]";
+  const int left_line = opened_ == WAVE_S ? wave_.line : layer_.line;
+  if (opened_ == MONITOR_S)
+    diagnostics::fail(where() + tag + " stands inside the [monitor] of line " +
+                      std::to_string(monitor_.line) + "; write [/monitor] before it");
+  if (is_left_open && opened == MONITOR_S)
+    diagnostics::fail(where() + tag + " stands inside the " + left + " of line " +
+                      std::to_string(left_line) + "; close that first");
+  if (is_left_open)
+    diagnostics::warn(where() + tag + " opens while the " + left + " of line " +
+                      std::to_string(left_line) + " is not closed; it goes on at the next " + left);
+  opened_ = opened;
+  for (const auto& [kind, line] : {std::pair(WAVE_S, &wave_.line), std::pair(LAYER_S, &layer_.line),
+                                   std::pair(MONITOR_S, &monitor_.line)})
+    if (opened == kind && *line == 0) *line = line_number_;
+}
+
+// Latched whatever is open, but for a monitor.
+void Parser::close(section closed, const std::string& tag) {
+  if (opened_ == MONITOR_S && closed != MONITOR_E)
+    diagnostics::fail(where() + tag + " stands inside the [monitor] of line " +
+                      std::to_string(monitor_.line) + "; write [/monitor] before it");
+  if (opened_ != MONITOR_S && closed == MONITOR_E)
+    diagnostics::fail(where() + tag + " closes nothing; write [monitor] before it");
+  const section opener = closed == GLOBAL_E ? GLOBAL_S : closed == WAVE_E ? WAVE_S : LAYER_S;
+  if (closed != MONITOR_E && opened_ != opener)
+    diagnostics::warn(where() + tag +
+                      " does not close the section that is open; it is kept, and closes the next "
+                      "one of its kind at once");
+  closed_ = closed;
+}
+
 void Parser::take_key(const SplitLine& parts) {
   log_ << "\t\t\t\t\t" << parts.left << " =\t" << parts.right << std::endl;
   switch (opened_) {
     case GLOBAL_S:
-      return store(global_keys(), "[global]", *so_, parts);
+      return store(global_keys(), "[global]", d_.so, d_.global_keys, parts);
     case WAVE_S:
-      return store(wave_keys(), "[wave]", wave_, parts);
+      return store(wave_keys(), "[wave]", wave_, wave_keys_, parts);
     case LAYER_S:
-      return store(layer_keys(), "[layer]", layer_, parts);
+      return store(layer_keys(), "[layer]", layer_, layer_keys_, parts);
+    case MONITOR_S:
+      return store(monitor_keys(), "[monitor]", monitor_, monitor_keys_, parts);
     case NONE:
       diagnostics::warn(where() + "key " + quoted(parts.left) +
                         " stands in no section and is ignored");
@@ -141,41 +176,41 @@ void Parser::take_key(const SplitLine& parts) {
   }
 }
 
+// What is wrong in a monitor is an error, for nothing else tells what its user wanted.
 template <typename Record>
 void Parser::store(std::span<const Key<Record>> keys, const char* tag, Record& record,
-                   const SplitLine& parts) {
+                   GivenKeys& given, const SplitLine& parts) {
+  const auto warn = std::is_same_v<Record, Monitor> ? diagnostics::fail : diagnostics::warn;
   for (const Key<Record>& key : keys) {
     if (parts.left != key.name) continue;
-    if (!key.store(record, parts.right))
-      diagnostics::warn(where() + "unknown value " + quoted(parts.right) + " of " +
-                        quoted(key.name) + " in " + tag +
-                        suggestion(parts.right, {key.keywords.begin(), key.keywords.end()}));
+    given.push_back({key.name, parts.right, line_number_});
+    const Reading reading = key.store(record, parts.right);
+    const std::string value = quoted(parts.right) + " of " + quoted(key.name) + " in " + tag;
+    if (reading.kind == Reading::kUnknownWord)
+      warn(where() + "unknown value " + value +
+           suggestion(parts.right, {key.keywords.begin(), key.keywords.end()}));
+    if (reading.kind == Reading::kPartly) warn(where() + "value " + value + " " + reading.text);
+    if (reading.kind == Reading::kRefused)
+      diagnostics::fail(where() + "value " + value + " " + reading.text);
     return;
   }
-  diagnostics::warn(where() + "unknown key " + quoted(parts.left) + " in " + tag +
-                    suggestion(parts.left, names_of(keys)));
+  warn(where() + "unknown key " + quoted(parts.left) + " in " + tag +
+       suggestion(parts.left, names_of(keys)));
 }
 
-void make_materials_agree(struct_layer& l, bool permittivity) {
-  const auto derive = [permittivity](double& n, double& k, double& eps_r, double& eps_i) {
-    const cpx derived = permittivity ? epsToN({eps_r, eps_i}) : nToEps({n, k});
-    (permittivity ? n : eps_r) = derived.real();
-    (permittivity ? k : eps_i) = derived.imag();
-  };
-  derive(l.n, l.k, l.eps_r, l.eps_i);
-  derive(l.ne, l.ke, l.epse_r, l.epse_i);
-}
-
-// A closing tag is latched whatever is open, and acts when its section is the open one; it may do
-// so lines later.
+// A closing tag acts when its section is the open one, which may be lines later.
 void Parser::commit() {
+  const auto move = [](auto& record, auto& records, GivenKeys& keys, std::vector<GivenKeys>& all) {
+    records.push_back(std::exchange(record, {}));
+    all.push_back(std::exchange(keys, {}));
+  };
   if (opened_ == LAYER_S && closed_ == LAYER_E) {
-    make_materials_agree(layer_, so_->permittivity);
-    layers_->push_back(layer_);
-    layer_.reset();
+    d_.by_permittivity.push_back(d_.so.permittivity);
+    move(layer_, d_.layers, layer_keys_, d_.layer_keys);
   } else if (opened_ == WAVE_S && closed_ == WAVE_E) {
-    fields_->push_back(wave_);
-    wave_.reset();
+    move(wave_, d_.waves, wave_keys_, d_.wave_keys);
+  } else if (opened_ == MONITOR_S && closed_ == MONITOR_E) {
+    move(monitor_, d_.monitors, monitor_keys_, d_.monitor_keys);
   } else if (!(opened_ == GLOBAL_S && closed_ == GLOBAL_E)) {
     return;
   }
@@ -185,27 +220,6 @@ void Parser::commit() {
 
 }  // namespace
 
-void parse(const std::string& filename, struct_sysOptions* so, std::vector<struct_layer>* layers,
-           std::vector<struct_emfield>* fields, bool is_quiet) {
-  const Log log(is_quiet);
-  so->reset();
-  so->sysname = filename;
-
-  std::ifstream file(filename);
-  if (!file.good()) {
-    const std::string reason = std::strerror(errno);
-    log << "\033[31m[E] Error! Configuration file could not be opened.\033[0m" << std::endl;
-    diagnostics::fail(filename + ": configuration file cannot be opened: " + reason +
-                      "; name it with -i FILE");
-  }
-  Parser(filename, so, layers, fields, is_quiet).read_lines(file);
-
-  if (so->nz != 0) so->dz = so->z / so->nz;
-  if (so->ny != 0) so->dy = so->y / so->ny;
-  if (so->nx != 0) so->dx = so->x / so->nx;
-  if (so->scl < M || so->scl > PM)
-    log << "\033[31m[W] No scale specified in" << filename << ". Default is nm.\033[0m"
-        << std::endl;
-  so->f = metres_per_unit(so->scl);
-  so->updated = true;
+void parse_lines(std::istream& file, const std::string& filename, Description& d, bool is_quiet) {
+  Parser(filename, d, is_quiet).read_lines(file);
 }

@@ -19,22 +19,18 @@ Frame::Frame(const struct_sysOptions& so)
       ny(so.ny == 0 ? 1 : so.ny),
       nz(so.nz == 0 ? 1 : so.nz) {}
 
-Slab::Slab(cpx* N, const struct_sysOptions& so, double thickness_in_slices) : N_(N) {
+Slab::Slab(const struct_sysOptions& so, double thickness_in_slices) : start(so.izlast) {
   const Frame frame(so);
-  count_ = std::int64_t{so.nx} * so.ny * so.nz;
-  slice_ = std::int64_t{frame.nx} * frame.ny;
-  row_ = frame.ny;
-
-  const std::int64_t start = so.izlast;
+  const std::int64_t begin = start;
   const std::int64_t wanted = truncate_to_int(std::ceil(thickness_in_slices));
-  const std::int64_t cut = std::min(wanted, frame.nz - start);
+  const std::int64_t cut = std::min(wanted, frame.nz - begin);
   // Negative thicknesses move the cursor before the volume, where it must not leave the int.
   taken = static_cast<int>(
-      std::clamp<std::int64_t>(cut, INT_MIN - std::min<std::int64_t>(start, 0), INT_MAX));
+      std::clamp<std::int64_t>(cut, INT_MIN - std::min<std::int64_t>(begin, 0), INT_MAX));
 
   // With ny > nx the last rows of a slice run over into later ones, so a few slices before the
   // volume still reach it.
   const std::int64_t overrun = frame.ny / frame.nx + 1;
-  first = static_cast<int>(std::max(start, -overrun));
-  end = static_cast<int>(std::max<std::int64_t>(start + taken, INT_MIN));
+  first = static_cast<int>(std::max(begin, -overrun));
+  end = static_cast<int>(std::max<std::int64_t>(begin + taken, INT_MIN));
 }

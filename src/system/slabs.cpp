@@ -1,12 +1,29 @@
 // Components that fill whole slices: the uniform slab and the crossed grating.
+#include <algorithm>
 #include <cmath>
 #include <sstream>
 
 #include "diagnostics.h"
-#include "system/slab.h"
-#include "system/system.h"
+#include "system/rule.h"
 
 namespace {
+
+class Uniform : public Rule {
+ public:
+  Uniform(const struct_sysOptions& so, const struct_layer& l) : ny_(Frame(so).ny), n_(l.n, l.k) {}
+
+  void paint(int iz, const Canvas& canvas) const override {
+    for (int iy = 0; iy < ny_; ++iy) canvas.row(iz, iy).fill(n_);
+  }
+  void sign(int /*iz*/, Signature& signature) const override {
+    signature.add(Look::kUniform);
+    signature.add(n_);
+  }
+
+ private:
+  int ny_;
+  cpx n_;
+};
 
 // Half a grating length in samples, rounded up to whole samples first.
 int half_samples(double length, double spacing) {
@@ -19,6 +36,91 @@ int half_samples(double length, double spacing) {
 bool is_off_bar(int i, int half_width, int half_period) {
   return (i + half_width / 2) % half_period > half_width;
 }
+
+// The same for all samples of an axis. The pattern is worked out on the upper half and mirrored;
+// moved by whole samples, it goes on beyond the grid's end.
+std::vector<char> off_bars(int n, int half_width, int half_period, int moved_by) {
+  std::vector<char> is_off(static_cast<std::size_t>(std::max(n, 0)));
+  for (int i = 0; i < n; ++i) {
+    const int place = i - moved_by;
+    is_off[static_cast<std::size_t>(i)] =
+        is_off_bar(std::max(place, n - 1 - place), half_width, half_period) ? 1 : 0;
+  }
+  return is_off;
+}
+
+// The samples that a grating is moved by: a whole number, so that its bars stay as wide as they
+// are.
+int whole_samples(double offset, double spacing) {
+  constexpr double kFarAway = 1e9;
+  const double samples = std::nearbyint(offset / spacing);
+  return std::fabs(samples) < kFarAway ? static_cast<int>(samples) : 0;
+}
+
+class CrossedGrating : public Rule {
+ public:
+  CrossedGrating(const struct_sysOptions& so, const struct_layer& l)
+      : frame_(so),
+        bar_(l.n, l.k),
+        cell_(l.ne, l.ke),
+        is_over_(l.over),
+        is_off_x_(pattern(l.wx, l.px, l.offsetx, frame_.dx / frame_.metres, frame_.nx)),
+        is_off_y_(pattern(l.wy, l.py, l.offsety, frame_.dy / frame_.metres, frame_.ny)) {}
+
+  void paint(int iz, const Canvas& canvas) const override {
+    if (!frame_.is_square()) {
+      paint_by_quadrants(iz, canvas);
+      return;
+    }
+    for (int iy = 0; iy < frame_.ny; ++iy) {
+      const Canvas::Row row = canvas.row(iz, iy);
+      for (int ix = row.begin; ix < row.end; ++ix) put(row, ix, iy);
+    }
+  }
+
+  void sign(int /*iz*/, Signature& signature) const override {
+    signature.add(Look::kCross);
+    signature.add(bar_);
+    signature.add(cell_);
+    signature.add(is_over_);
+    for (const auto* pattern : {&is_off_x_, &is_off_y_})
+      for (const char is_off : *pattern) signature.add(is_off != 0);
+  }
+
+ private:
+  static std::vector<char> pattern(double width, double period, double offset, double spacing,
+                                   int n) {
+    return off_bars(n, half_samples(width, spacing), half_samples(period, spacing),
+                    whole_samples(offset, spacing));
+  }
+
+  void put(const Canvas::Row& row, int ix, int iy) const {
+    if (ix < row.begin || ix >= row.end) return;
+    const bool is_cell = is_off_x_[static_cast<std::size_t>(ix)] != 0 &&
+                         is_off_y_[static_cast<std::size_t>(iy)] != 0;
+    if (!is_cell)
+      row[ix] = bar_;
+    else if (!is_over_)
+      row[ix] = cell_;
+  }
+
+  // One quadrant, mirrored to the other three, column by column: on a grid with overlapping rows
+  // the order of writing shows.
+  void paint_by_quadrants(int iz, const Canvas& canvas) const {
+    for (int ix = frame_.nx / 2; ix < frame_.nx; ++ix)
+      for (int iy = frame_.ny / 2; iy < frame_.ny; ++iy)
+        for (const int y : {iy, frame_.ny - 1 - iy}) {
+          const Canvas::Row row = canvas.row(iz, y);
+          put(row, ix, y);
+          put(row, frame_.nx - 1 - ix, y);
+        }
+  }
+
+  Frame frame_;
+  cpx bar_, cell_;
+  bool is_over_;
+  std::vector<char> is_off_x_, is_off_y_;
+};
 
 void require_period(const struct_sysOptions& so, const char* key, double period, double spacing,
                     int number) {
@@ -34,41 +136,21 @@ void require_period(const struct_sysOptions& so, const char* key, double period,
 
 }  // namespace
 
-int init_homog_system(cpx* N, const struct_sysOptions* so, const struct_layer& l) {
-  const Frame frame(*so);
-  const Slab slab(N, *so, l.z / (frame.dz / frame.metres));
-  for (int iz = slab.first; iz < slab.end; ++iz)
-    for (int iy = 0; iy < frame.ny; ++iy)
-      for (int ix = 0; ix < frame.nx; ++ix) slab.paint(ix, iy, iz, {l.n, l.k});
-  return slab.taken;
-}
-
 void require_grating_periods(const struct_sysOptions* so, const struct_layer& l, int number) {
+  if (l.duty > 0) return;  // bars of their own, to which no sample counts whole
   const Frame frame(*so);
-  if (Slab(nullptr, *so, l.z / (frame.dz / frame.metres)).taken <= 0) return;
+  if (Slab(*so, l.z / (frame.dz / frame.metres)).taken <= 0) return;
   require_period(*so, "px", l.px, frame.dx / frame.metres, number);
   require_period(*so, "py", l.py, frame.dy / frame.metres, number);
 }
 
-int init_grating_system(cpx* N, const struct_sysOptions* so, const struct_layer& l) {
-  require_grating_periods(so, l, 0);
-  const Frame frame(*so);
-  const Slab slab(N, *so, l.z / (frame.dz / frame.metres));
-  const int npx2 = half_samples(l.px, frame.dx / frame.metres);
-  const int npy2 = half_samples(l.py, frame.dy / frame.metres);
-  const int nwx2 = half_samples(l.wx, frame.dx / frame.metres);
-  const int nwy2 = half_samples(l.wy, frame.dy / frame.metres);
+std::unique_ptr<Rule> make_homog(const struct_sysOptions& so, const Slab& /*slab*/,
+                                 const struct_layer& l) {
+  return std::make_unique<Uniform>(so, l);
+}
 
-  // One quadrant, mirrored to the other three.
-  for (int iz = slab.first; iz < slab.end; ++iz)
-    for (int ix = frame.nx / 2; ix < frame.nx; ++ix)
-      for (int iy = frame.ny / 2; iy < frame.ny; ++iy) {
-        const bool is_cell = is_off_bar(ix, nwx2, npx2) && is_off_bar(iy, nwy2, npy2);
-        const cpx material = is_cell ? cpx(l.ne, l.ke) : cpx(l.n, l.k);
-        slab.paint(ix, iy, iz, material);
-        slab.paint(frame.nx - 1 - ix, iy, iz, material);
-        slab.paint(ix, frame.ny - 1 - iy, iz, material);
-        slab.paint(frame.nx - 1 - ix, frame.ny - 1 - iy, iz, material);
-      }
-  return slab.taken;
+std::unique_ptr<Rule> make_grating(const struct_sysOptions& so, const Slab& /*slab*/,
+                                   const struct_layer& l) {
+  if (l.duty > 0) return make_equal_bars(so, l);
+  return std::make_unique<CrossedGrating>(so, l);
 }

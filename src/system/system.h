@@ -26,16 +26,32 @@ enum section : std::int32_t {
   WAVE_E,
   LAYER_E,
   RCWA_E,
-  FDTD_E
+  FDTD_E,
+  MONITOR_S,  // ours, like its end
+  MONITOR_E
 };
 
 enum method : std::int32_t { BLANK, VWPM, WPM, VBPM, BPM, FDTD, RCWA };
 
 enum plane : std::int32_t { XY, XZ, YZ, ZX, ZY, YX };
 
-enum shape : std::int32_t { RANDOM, PLANE, GAUSSIAN };
+// LP01, the mode of a fibre, and FIELD_FILE are ours.
+enum shape : std::int32_t { RANDOM, PLANE, GAUSSIAN, LP01, FIELD_FILE };
 
-enum component : std::int32_t { HOMOG, GRATING, WGUIDE, TAPER, LENS, ASPHERE, SPLITTER, MZEHNDER };
+// GRIN, SCREEN and INDEX_FILE are ours.
+enum component : std::int32_t {
+  HOMOG,
+  GRATING,
+  WGUIDE,
+  TAPER,
+  LENS,
+  ASPHERE,
+  SPLITTER,
+  MZEHNDER,
+  GRIN,
+  SCREEN,
+  INDEX_FILE
+};
 
 enum scale : std::int32_t { M, DM, CM, MM, UM, NM, PM };
 
@@ -48,6 +64,13 @@ struct struct_emfield {
   double theta = 0, phi = 0;      // direction: from the z axis, and about it from the x axis
   double beta = 0;                // reported, used in no formula
   double sigmax = 0, sigmay = 0;  // widths of a Gaussian wave
+
+  bool add = false;             // added to the waves before it, which it replaces otherwise
+  double r = 0, n = 0, ne = 0;  // LP01: core radius, indices of core and cladding
+  std::string file{};           // FIELD_FILE: relative to the configuration's folder
+  std::string dataset = "/E";   //   in that file
+  double dx = 0, dy = 0;        //   its sampling; 0: from the file's attributes
+  int line = 0;                 // of the opening tag; 0 if the wave is from no file
 
   void copy(const struct_emfield& f);
   void reset();
@@ -70,6 +93,18 @@ struct struct_layer {
   double epse_r = 0, epse_i = 0;
   double se = 0, sm = 0;          // stored, read by nothing
   double dx = 0, dy = 0, dz = 0;  // offset of a lens's sphere; no key fills it
+
+  int levels = 0;                   // steps of a voxel that a face cuts; 0: the kind's default
+  double offsetx = 0, offsety = 0;  // moves the component sideways
+  double tiltx = 0, tilty = 0;      // degrees
+  bool over = false;                // painted over the slices of the layer before it
+  double g = 0;                     // gradient of a graded index, 1 / file unit
+  double duty = 0;                  // share of the bars of a grating; 0: not given
+  double transmission = 0;          // amplitude of a screen outside its opening
+  std::string file{}, dataset{};    // a volume of indices, or a screen's mask
+  double file_dx = 0, file_dy = 0, file_dz = 0;  // its sampling; 0: from the file's attributes
+  bool interpolate = false;
+  int line = 0;  // of the opening tag; 0 if the layer is from no file
 
   // Copies all fields but wx, wy, dx, dy and dz.
   void copy(const struct_layer& l);
@@ -108,6 +143,9 @@ struct struct_sysOptions {
   double dx = 1, dy = 1, dz = 1;  // spacings, extent / samples
   double f = 1;                   // metres per file unit
   polarization p = NA;
+
+  double edge = 0;   // width of the absorbing edge
+  bool trim = true;  // transmission coefficients are rounded down to 0.0001
 
   // Copies all fields but sysname.
   void copy(const struct_sysOptions& s);

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <numbers>
 
+namespace wpm {
 namespace {
 
 constexpr double kTwoPi = 6.2831853;  // the axes' value
@@ -62,3 +63,5 @@ bool is_regular(const cpx* K, const double* X, int n) {
   }
   return true;
 }
+
+}  // namespace wpm

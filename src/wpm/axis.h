@@ -5,6 +5,8 @@
 
 #include "system/system.h"
 
+namespace wpm {
+
 // The sum over plane waves p of a_p exp(i KX[p] X[i]) is nearly an inverse transform. With
 // X[i] = (i - c) dx, c = floor(n/2), and KX[p] = m_p * 6.2831853/(n dx),
 //
@@ -30,3 +32,5 @@ struct Axis {
 // Whether K and X, [n] each, are what init_F and init_X make of one spacing: finite, and in the
 // proportions that Axis takes for granted.
 bool is_regular(const cpx* K, const double* X, int n);
+
+}  // namespace wpm

@@ -1,109 +1,163 @@
-// The same sums as the reference propagator's, one inverse transform for each pair of indices.
-#include <omp.h>
-
+// The reference's sums, one inverse transform for each pair of indices.
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
-#include "wpm/index_pairs.h"
+#include "wpm/loops.h"
+#include "wpm/many_pairs.h"
+#include "wpm/pair_runs.h"
 #include "wpm/plane_sums.h"
-#include "wpm/progress.h"
+#include "wpm/sampling.h"
 #include "wpm/spectrum.h"
+#include "wpm/stepper.h"
 #include "wpm/superposition.h"
-#include "wpm/wpm.h"
+#include "wpm/threads.h"
 
+namespace wpm {
 namespace {
 
-// Memory for transfer functions that recur: over 300 pairs at 256 x 256.
+// Memory for transfer functions that recur: over 600 pairs at 256 x 256.
 constexpr std::size_t kTransferBytes = std::size_t{256} << 20U;
 
 // Nanoseconds, measured; only their proportions matter, in the choice of the cheaper sum.
 constexpr double kDirectTerm = 22.0;  // a plane wave at a sample
-constexpr double kMode = 120.0;       // a plane wave at a pair
+constexpr double kMode = 100.0;       // a plane wave at a pair
 constexpr double kTransformedSample =
-    3.0;  // a sample of one pair's sum, per level of the transform
+    1.0;  // a sample of one pair's sum, per level of the transform
 
-class FastPropagator {
+class FastStepper : public CpuStepper {
  public:
-  FastPropagator(const cpx* KX, const cpx* KY, int ny, int nx, const StepOptions& options)
-      : KX_(KX),
-        KY_(KY),
+  FastStepper(const Grid& grid, const StepOptions& options)
+      : grid_(grid),
         options_(options),
-        x_(nx),
-        y_(ny),
-        spectrum_(x_, y_),
-        transfers_(FoldedFrequencies(x_, y_, KX, KY), options, kTransferBytes),
-        sums_(x_, y_) {}
+        axes_(grid),
+        x_(grid.nx),
+        y_(grid.ny),
+        spectrum_(x_, y_, workspaces(std::max(grid.nx, grid.ny))),
+        runs_(grid),
+        transfers_(FoldedFrequencies(x_, y_, axes_.KX.data(), axes_.KY.data()), options,
+                   kTransferBytes),
+        sums_(x_, y_, workspaces_) {
+    if (options.tolerance > 0.0)
+      many_ = std::make_unique<ManyPairs>(
+          grid, options, x_, y_, FoldedFrequencies(x_, y_, axes_.KX.data(), axes_.KY.data()));
+  }
 
-  // Builds the slice behind the one whose raw transform is S.
-  void step(const cpx* S, const SliceStep& slice) {
-    spectrum_.take(S);
-    const std::size_t samples =
-        static_cast<std::size_t>(slice.nx) * static_cast<std::size_t>(slice.ny);
-    find_index_pairs(slice.N_i, slice.N_t, samples, pairs_);
-    if (transforms_are_cheaper(samples) && sum_by_transforms(slice, samples)) return;
-    superpose(plane_waves(S, KX_, KY_, slice.ny, slice.nx), options_, slice);
+  void step(const Slice& from, const Slice& to) override {
+    workspaces(std::max(grid_.nx, grid_.ny));
+    spectrum_.take(from.E);
+    runs_.find(from, to);
+    if (!spectrum_.is_tame()) {
+      sum_directly(from, to);
+    } else if (many_ != nullptr && many_->serve(from, runs_, spectrum_, transfers_) &&
+               transforms_are_cheaper(many_->functions())) {
+      many_->sum(to, runs_, spectrum_, transfers_, sums_);
+      taken_ = "transforms, pairs interpolated";
+      ++counts_.interpolated;
+    } else if (transforms_are_cheaper(runs_.pairs()) && transfers_.are_tame(runs_.pairs())) {
+      sum_by_transforms(to);
+      taken_ = "transforms";
+      ++counts_.transforms;
+    } else {
+      sum_directly(from, to);
+    }
+  }
+
+  [[nodiscard]] const char* sum_taken() const override { return taken_; }
+  [[nodiscard]] SumCounts counts() const override { return counts_; }
+  [[nodiscard]] double error_found() const override {
+    return many_ == nullptr ? 0.0 : many_->error_found();
   }
 
  private:
-  [[nodiscard]] bool transforms_are_cheaper(std::size_t samples) const {
-    const auto count = static_cast<double>(pairs_.pairs.size());
-    const auto news = static_cast<double>(
-        std::count_if(pairs_.pairs.begin(), pairs_.pairs.end(),
-                      [&](const IndexPair& pair) { return !transfers_.has(pair); }));
+  // One for each thread that there is now.
+  std::vector<Workspace>& workspaces(int longest) {
+    while (static_cast<int>(workspaces_.size()) < threads()) workspaces_.emplace_back(longest);
+    return workspaces_;
+  }
+
+  // pairs: those to transform; the direct sum has those of the step.
+  [[nodiscard]] bool transforms_are_cheaper(const std::vector<IndexPair>& pairs) {
+    const auto count = static_cast<double>(pairs.size());
+    const auto missing = static_cast<double>(transfers_.begin(pairs));
     const auto kept = static_cast<double>(spectrum_.kept());
-    const auto size = static_cast<double>(samples);
-    const double direct = kept * (size * kDirectTerm + count * kMode);
+    const auto size = static_cast<double>(grid_.plane());
+    const double direct =
+        kept * (size * kDirectTerm + static_cast<double>(runs_.pairs().size()) * kMode);
     const double transformed =
-        count * size * (1.0 + std::log2(size)) * kTransformedSample + news * size / 4 * kMode;
+        count * size * (1.0 + std::log2(size)) * kTransformedSample + missing * size / 4 * kMode;
     return transformed <= direct;
   }
 
-  // False, with nothing added, where infinities, NaN or enormous values are about: those are the
-  // direct sum's business.
-  bool sum_by_transforms(const SliceStep& slice, std::size_t samples) {
-    if (!spectrum_.is_tame()) return false;
-    flux_.clear();
-    sums_.begin(pairs_.which.data());
-    for (std::uint32_t pair = 0; pair < pairs_.pairs.size(); ++pair) {
-      const Transfer& transfer = transfers_.get(pairs_.pairs[pair]);
-      if (!transfer.is_tame) return false;
-      flux_.push_back(sums_.add(spectrum_, transfer, pair));
+  void sum_by_transforms(const Slice& to) {
+    const auto pairs = static_cast<std::uint32_t>(runs_.pairs().size());
+    const auto batch = static_cast<std::uint32_t>(sums_.batch());
+    std::vector<double> flux(batch);
+    for (std::uint32_t first = 0; first < pairs; first += batch) {
+      const std::uint32_t end = std::min(pairs, first + batch);
+      for (std::uint32_t pair = first; pair < end; ++pair)
+        flux[pair - first] = sums_.columns(static_cast<int>(pair - first), spectrum_,
+                                           transfers_.get(runs_.pairs()[pair]));
+      sums_.rows(4.0 * (end - first) * static_cast<double>(grid_.plane()),
+                 [&](int group, PlaneSums::RowGroup rows) {
+                   for (std::uint32_t pair = first; pair < end; ++pair)
+                     place(group, pair, static_cast<int>(pair - first), flux[pair - first], rows,
+                           to);
+                 });
     }
-    sums_.finish(slice.E);
-#pragma omp parallel for schedule(static)
-    for (std::size_t s = 0; s < samples; ++s) slice.F[s] += flux_[pairs_.which[s]];
-    return true;
   }
 
-  const cpx* KX_;
-  const cpx* KY_;
+  // Adds the sum of a pair to its samples in eight rows.
+  void place(int group, std::uint32_t pair, int plane, double flux, PlaneSums::RowGroup& rows,
+             const Slice& to) const {
+    const std::span<const Run> runs = runs_.in_group(group, pair);
+    if (runs.empty()) return;
+    rows.prepare(plane);
+    for (const Run& run : runs) {
+      const PlaneSums::Row row = rows.row(run.row % kBatch);
+      const std::size_t first =
+          static_cast<std::size_t>(run.row) * static_cast<std::size_t>(grid_.nx) +
+          static_cast<std::size_t>(run.begin);
+      add_corrected(run.end - run.begin, row.sum + run.begin, row.correction + run.begin,
+                    row.drift + 2 * run.begin, to.E + first);
+      for (int i = 0; i < run.end - run.begin; ++i)
+        to.F[first + static_cast<std::size_t>(i)] += flux;
+    }
+  }
+
+  void sum_directly(const Slice& from, const Slice& to) {
+    if (forward_ == nullptr) forward_ = std::make_unique<Spectrum>(grid_.ny, grid_.nx);
+    std::vector<PlaneWave> waves =
+        plane_waves(forward_->of(from.E), axes_.KX.data(), axes_.KY.data(), grid_.ny, grid_.nx);
+    const bool is_known = keep_what_decides(waves, grid_.plane(), runs_.pairs(), options_);
+    superpose(waves, options_,
+              {to.E, to.F, from.N, to.N, axes_.X.data(), axes_.Y.data(), grid_.ny, grid_.nx});
+    taken_ = is_known ? "NaN everywhere" : "direct sum";
+    ++(is_known ? counts_.known : counts_.direct);
+  }
+
+  Grid grid_;
   StepOptions options_;
+  Sampling axes_;
   Axis x_, y_;
+  std::vector<Workspace> workspaces_;
   BinnedSpectrum spectrum_;
+  PairRuns runs_;
   TransferStore transfers_;
   PlaneSums sums_;
-  IndexPairs pairs_;          // of the step
-  std::vector<double> flux_;  // of a sample, for each pair
+  std::unique_ptr<ManyPairs> many_;    // where a tolerance allows for it
+  std::unique_ptr<Spectrum> forward_;  // of the direct sum
+  const char* taken_ = "transforms";
+  SumCounts counts_;
 };
 
 }  // namespace
+}  // namespace wpm
 
-void zerith_fast_3D(cpx* E, double* F, const cpx* N, const cpx* KX, const double* X, const cpx* KY,
-                    const double* Y, double k0, double dz, double dy, double dx, int nz, int ny,
-                    int nx, bool do_evanescent_modes, bool is_magnetic_field, polarization pol) {
-  if (!is_regular(KX, X, nx) || !is_regular(KY, Y, ny)) {
-    zerith_3D(E, F, N, KX, X, KY, Y, k0, dz, dy, dx, nz, ny, nx, do_evanescent_modes,
-              is_magnetic_field, pol);
-    return;
-  }
-  const std::size_t plane = static_cast<std::size_t>(nx) * static_cast<std::size_t>(ny);
-  Spectrum forward(ny, nx, omp_get_max_threads());
-  FastPropagator propagator(KX, KY, ny, nx, {k0, dz, do_evanescent_modes, is_magnetic_field, pol});
-  SliceProgress progress(nz - 1);
-  for (int k = 0; k < nz - 1; ++k) {
-    const std::size_t here = static_cast<std::size_t>(k) * plane;
-    const std::size_t next = here + plane;
-    propagator.step(forward.of(E + here), {E + next, F + next, N + here, N + next, X, Y, ny, nx});
-    progress.step_done();
-  }
+std::unique_ptr<CpuStepper> make_fast_stepper(const Grid& grid, const StepOptions& options) {
+  const wpm::Sampling axes(grid);
+  if (wpm::is_regular(axes.KX.data(), axes.X.data(), grid.nx) &&
+      wpm::is_regular(axes.KY.data(), axes.Y.data(), grid.ny))
+    return std::make_unique<wpm::FastStepper>(grid, options);
+  return make_direct_stepper(grid, options);
 }

@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "log.h"
+#include "system/grid.h"
 #include "wpm/wpm.h"
 
 void init(struct_sysOptions* so) {
@@ -20,8 +21,6 @@ void init_F(cpx* F, int n, double df) {
 }
 
 void init_0(double* F, const struct_sysOptions* so, bool is_quiet) {
-  const std::size_t count = static_cast<std::size_t>(so->nz) * static_cast<std::size_t>(so->ny) *
-                            static_cast<std::size_t>(so->nx);
-  std::fill_n(F, count, 0.0);
+  std::fill_n(F, Grid(*so).voxels(), 0.0);  // none if a size is negative
   Log(is_quiet) << "memory initialized zero" << std::endl;
 }

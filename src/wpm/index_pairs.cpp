@@ -19,27 +19,25 @@ PairBits bits_of(const cpx& n_i, const cpx& n_t) {
           std::bit_cast<std::uint64_t>(n_t.real()), std::bit_cast<std::uint64_t>(n_t.imag())};
 }
 
-struct HashBits {
-  std::size_t operator()(const PairBits& bits) const {
-    std::uint64_t hash = 0;
-    for (const std::uint64_t word : bits) {  // multiply and fold, after Fibonacci hashing
-      hash = (hash ^ word) * 0x9e3779b97f4a7c15U;
-      hash ^= hash >> 32U;
-    }
-    return hash;
-  }
-};
-
 }  // namespace
 
 bool same_bits(const IndexPair& a, const IndexPair& b) {
   return bits_of(a.n_i, a.n_t) == bits_of(b.n_i, b.n_t);
 }
 
+std::size_t HashBits::operator()(const IndexPair& pair) const {
+  std::uint64_t hash = 0;
+  for (const std::uint64_t word : bits_of(pair.n_i, pair.n_t)) {  // multiply and fold
+    hash = (hash ^ word) * 0x9e3779b97f4a7c15U;
+    hash ^= hash >> 32U;
+  }
+  return hash;
+}
+
 void find_index_pairs(const cpx* N_i, const cpx* N_t, std::size_t count, IndexPairs& found) {
   found.pairs.clear();
   found.which.resize(count);
-  std::unordered_map<PairBits, std::uint32_t, HashBits> place_of;
+  std::unordered_map<IndexPair, std::uint32_t, HashBits, SameBits> place_of;
   std::uint32_t place = 0;
   for (std::size_t s = 0; s < count; ++s) {
     // Neighbours are mostly alike.
@@ -47,7 +45,7 @@ void find_index_pairs(const cpx* N_i, const cpx* N_t, std::size_t count, IndexPa
         s > 0 && same_bits(N_i[s], N_i[s - 1]) && same_bits(N_t[s], N_t[s - 1]);
     if (!is_like_last) {
       const auto next = static_cast<std::uint32_t>(found.pairs.size());
-      const auto [entry, is_new] = place_of.try_emplace(bits_of(N_i[s], N_t[s]), next);
+      const auto [entry, is_new] = place_of.try_emplace(IndexPair{N_i[s], N_t[s]}, next);
       if (is_new) found.pairs.push_back({N_i[s], N_t[s]});
       place = entry->second;
     }

@@ -8,6 +8,12 @@
 
 // Equal to the bit: 0 and -0 differ, a NaN equals itself.
 bool same_bits(const IndexPair& a, const IndexPair& b);
+struct SameBits {
+  bool operator()(const IndexPair& a, const IndexPair& b) const { return same_bits(a, b); }
+};
+struct HashBits {
+  std::size_t operator()(const IndexPair& pair) const;
+};
 
 struct IndexPairs {
   std::vector<IndexPair> pairs;      // distinct to the bit, in order of first appearance

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "wpm/fresnel.h"
+
 namespace {
 
 constexpr double kVacuumImpedance = 376.73031346;  // ohm
@@ -16,9 +18,12 @@ cpx longitudinal(double nk0, const PlaneWave& wave) {
   return {nk0 * root.real(), nk0 * root.imag()};
 }
 
-cpx transmission(const IndexPair& pair, const cpx& kz_i, const cpx& kz_t, polarization pol) {
-  if (pol == TE) return fresnelTTE(kz_i, kz_t);
-  if (pol == TM) return fresnelTTM(pair.n_i, pair.n_t, kz_i, kz_t);
+cpx transmission(const IndexPair& pair, const cpx& kz_i, const cpx& kz_t, const StepOptions& step) {
+  if (step.pol == TE)
+    return step.is_trimmed ? fresnelTTE(kz_i, kz_t) : wpm::transmission_TE(kz_i, kz_t);
+  if (step.pol == TM)
+    return step.is_trimmed ? fresnelTTM(pair.n_i, pair.n_t, kz_i, kz_t)
+                           : wpm::transmission_TM(pair.n_i, pair.n_t, kz_i, kz_t);
   return {1.0, 0.0};
 }
 
@@ -67,7 +72,7 @@ Mode mode_of(const PlaneWave& wave, const IndexPair& pair, const StepOptions& st
   mode.kz = kz_t.real();
   mode.field_factor = step.is_magnetic_field ? n_t / (step.k0 * kVacuumImpedance) : 1.0;
   mode.phi_z = longitudinal_phase(kz_t, pair.n_t, step);
-  mode.t = is_index_change ? transmission(pair, kz_i, kz_t, step.pol) : cpx(1.0, 0.0);
+  mode.t = is_index_change ? transmission(pair, kz_i, kz_t, step) : cpx(1.0, 0.0);
 
   if (!is_evanescent_i && !is_evanescent_t) {  // propagating
     mode.amplitude = Mode::kTransmitted;

@@ -45,6 +45,8 @@ struct StepOptions {
   bool do_evanescent_modes;
   bool is_magnetic_field;
   polarization pol;
+  bool is_trimmed = true;  // transmission coefficients, to a grid of 0.0001
+  double tolerance = 0;    // of the field; above 0 the fast stepper may interpolate between pairs
 };
 
 // The action of a plane wave of amplitude 1 on a pair, all but the lateral phase.

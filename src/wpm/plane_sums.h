@@ -1,86 +1,81 @@
 // Sums over all plane waves at all samples of a plane, by transforms.
 #pragma once
 
-#include <cstdint>
-#include <memory>
-
-#include "many1d.h"
-#include "wpm/axis.h"
+#include "wpm/binned_spectrum.h"
+#include "wpm/pair_runs.h"
+#include "wpm/threads.h"
 #include "wpm/transfer.h"
 
-// Storage aligned for the transforms.
-template <typename T>
-struct AlignedDelete {
-  void operator()(T* memory) const { fftw_free(memory); }
-};
-template <typename T>
-using AlignedArray = std::unique_ptr<T[], AlignedDelete<T>>;
-
-// The spectrum of a slice by transform bins, weak plane waves dropped.
-class BinnedSpectrum {
- public:
-  BinnedSpectrum(const Axis& x, const Axis& y);
-
-  // From S, the raw transform of a slice, [y.n][x.n] in transform order.
-  void take(const cpx* S);
-
-  [[nodiscard]] std::size_t kept() const { return kept_; }  // plane waves
-  [[nodiscard]] bool is_tame() const { return is_tame_; }   // finite and far from overflow
-  [[nodiscard]] const cpx* row(int bin_y) const;            // amplitudes
-  [[nodiscard]] const double* power_row(int bin_y) const;   // |amplitude|^2
-  [[nodiscard]] bool is_empty_row(int bin_y) const;
-
- private:
-  // Adds row q of the raw transform to its bins; returns how many plane waves it keeps.
-  std::size_t add_row(const cpx* s, int q, bool& is_tame);
-
-  const Axis& x_;
-  const Axis& y_;
-  std::vector<cpx> f_;
-  std::vector<double> power_;
-  std::vector<char> is_empty_row_;
-  std::size_t kept_ = 0;
-  bool is_tame_ = true;
-};
+namespace wpm {
 
 // Inverse transforms of a spectrum times a transfer function, corrected to first order for the
-// drift of the axes: rows first, each with the drift in x, then columns with the drift in y. The
-// corrections are below 1e-6 of the sum, so single precision keeps them to 1e-13.
+// drift of the axes: columns first, each with the drift in y, then rows with the drift in x. The
+// corrections are below 1e-6 of the sum, so single precision keeps them to 1e-13. A transform is
+// two passes over the plane, eight lines at a time, by all threads.
+//
+//   sums.columns(0, spectrum, transfer_a);
+//   sums.columns(1, spectrum, transfer_b);
+//   sums.rows(group by group: what to do with each sum)
 class PlaneSums {
  public:
-  PlaneSums(const Axis& x, const Axis& y);
+  PlaneSums(const Axis& x, const Axis& y, std::vector<Workspace>& workspaces);
 
-  // Begins a slice: which, [y.n][x.n], is the pair of each sample.
-  void begin(const std::uint32_t* which);
+  // How many sums to begin before rows() ends them: more at once on small planes, where waiting for
+  // each other costs threads more than memory does.
+  [[nodiscard]] int batch() const { return static_cast<int>(planes_.size()); }
 
-  // Works out the sum at every sample of the pair and returns the flux of each. Groups of columns
-  // without such a sample are left out.
-  double add(const BinnedSpectrum& spectrum, const Transfer& transfer, std::uint32_t pair);
+  // The flux of a sample.
+  double flux(const BinnedSpectrum& spectrum, const Transfer& transfer);
+  // Begins sum number plane of a batch. Returns the flux of a sample.
+  double columns(int plane, const BinnedSpectrum& spectrum, const Transfer& transfer);
 
-  // Adds all sums to E, [y.n][x.n], once every pair has had its turn.
-  void finish(cpx* E) const;
+  // A row of a sum, before its correction: see add_corrected.
+  struct Row {
+    const cpx* sum;                         // [x.n]
+    const std::complex<float>* correction;  // [x.n]
+    const double* drift;                    // [2 x.n]
+  };
+  // Row line of sum number plane, in a group of rows; inside of rows() alone, after prepare.
+  class RowGroup {
+   public:
+    void prepare(int plane);
+    [[nodiscard]] Row row(int line) const;
+    // Room for [x.n] values of the caller's beside each row, until the next prepare.
+    [[nodiscard]] cpx* room(int line) const;
+
+   private:
+    friend class PlaneSums;
+    RowGroup(PlaneSums& sums, int group, Workspace& work)
+        : sums_(sums), group_(group), work_(work) {}
+    PlaneSums& sums_;
+    int group_;
+    Workspace& work_;
+  };
+  // Calls use(group, rows) for each group of eight rows, on several threads at once.
+  template <typename Use>
+  void rows(double nanoseconds, Use use) {
+    share_out(groups_of(y_.n), nanoseconds, [&](int group, int worker) {
+      use(group, RowGroup(*this, group, workspaces_[static_cast<std::size_t>(worker)]));
+    });
+  }
 
  private:
-  // What a thread works in.
-  struct Workspace {
-    AlignedArray<std::complex<float>> row_drift;     // [x.n]
-    AlignedArray<cpx> columns;                       // [y.n][8]
-    AlignedArray<std::complex<float>> column_drift;  // [y.n][8]
+  struct Plane {
+    TurningPlane values;
+    std::vector<char> is_live;  // [column group]
   };
-
-  double transform_row(int bin_y, const BinnedSpectrum& spectrum, const Transfer& transfer,
-                       Workspace& work);
-  void transform_columns(int first, std::uint32_t pair, Workspace& work);
+  void transform_columns(int group, const BinnedSpectrum& spectrum, const Transfer& transfer,
+                         Plane& plane, Workspace& work);
 
   const Axis& x_;
   const Axis& y_;
-  int row_step_;            // of the planes below: whole groups of columns, and no power of two
-  AlignedArray<cpx> rows_;  // [y bins][row_step_], then by sample in x
-  AlignedArray<std::complex<float>> drifted_;  // the same times the bin's frequency number
-  AlignedArray<cpx> sums_;                     // [y.n][row_step_], each sample's own
-  AlignedArray<std::uint32_t> which_;          // [y.n][row_step_]
-  std::vector<Workspace> workspaces_;          // one a thread
-  std::vector<double> row_flux_;
-  std::unique_ptr<fftwpp::fft1d_many> row_, columns_;
-  std::unique_ptr<fftwpp::fft1f_many> row_drift_, columns_drift_;
+  std::vector<Workspace>& workspaces_;
+  std::vector<Plane> planes_;
+  std::vector<float> number_x_, number_y_;  // [2n]: of each bin, twice
+  std::vector<double> drift_x_, drift_y_;   // [2n]: -drift, drift of each sample
+  std::vector<double> flux_of_fold_;
+  std::unique_ptr<fftwpp::fft1d_many> column_, row_;
+  std::unique_ptr<fftwpp::fft1f_many> column_drift_, row_drift_;
 };
+
+}  // namespace wpm

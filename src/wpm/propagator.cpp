@@ -8,7 +8,7 @@ void zerith_3D(cpx* E, double* F, const cpx* N, const cpx* KX, const double* X, 
                int nx, bool do_evanescent_modes, bool is_magnetic_field, polarization pol) {
   const StepOptions options = {k0, dz, do_evanescent_modes, is_magnetic_field, pol};
   const std::size_t plane = static_cast<std::size_t>(nx) * static_cast<std::size_t>(ny);
-  Spectrum spectrum(ny, nx);
+  wpm::Spectrum spectrum(ny, nx);
   SliceProgress progress(nz - 1);
   for (int k = 0; k < nz - 1; ++k) {
     const std::size_t here = static_cast<std::size_t>(k) * plane;

@@ -6,6 +6,7 @@
 #include "diagnostics.h"
 #include "fftw++.h"
 
+namespace wpm {
 namespace {
 
 cpx* allocate_samples(std::size_t samples) {
@@ -20,14 +21,10 @@ cpx* allocate_samples(std::size_t samples) {
 
 // nx is the first, slower extent although the rows of a slice hold nx samples: on a grid that is
 // not square the transform reads the slice as nx rows of ny. The system is defined so.
-Spectrum::Spectrum(int ny, int nx, int threads)
+Spectrum::Spectrum(int ny, int nx)
     : S_(allocate_samples(static_cast<std::size_t>(nx) * static_cast<std::size_t>(ny)), std::free) {
-  constexpr double kTrialSeconds = 0.02;
-  fftwpp::fftw::maxthreads = static_cast<unsigned int>(threads);
-  fftwpp::fftw::testseconds = kTrialSeconds;
   forward_ = std::make_unique<fftwpp::fft2d>(static_cast<unsigned int>(nx),
                                              static_cast<unsigned int>(ny), -1, nullptr, S_.get());
-  fftwpp::fftw::maxthreads = 1;
 }
 
 Spectrum::~Spectrum() = default;
@@ -36,3 +33,5 @@ const cpx* Spectrum::of(cpx* slice) {
   forward_->fft(slice, S_.get());
   return S_.get();
 }
+
+}  // namespace wpm

@@ -9,11 +9,12 @@ namespace fftwpp {
 class fft2d;
 }
 
+namespace wpm {
+
 class Spectrum {
  public:
-  // Plans with FFTW_MEASURE; reads and rewrites the wisdom file. With more than one thread, tries
-  // whether they are faster; the last digits may then differ from those of one.
-  Spectrum(int ny, int nx, int threads = 1);
+  // Plans with FFTW_MEASURE; reads and rewrites the wisdom file.
+  Spectrum(int ny, int nx);
   ~Spectrum();
   Spectrum(const Spectrum&) = delete;
   Spectrum& operator=(const Spectrum&) = delete;
@@ -25,3 +26,5 @@ class Spectrum {
   std::unique_ptr<cpx, void (*)(void*)> S_;
   std::unique_ptr<fftwpp::fft2d> forward_;
 };
+
+}  // namespace wpm

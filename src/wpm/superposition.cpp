@@ -1,11 +1,11 @@
 #include "wpm/superposition.h"
 
-#include <omp.h>
-
+#include <algorithm>
 #include <cfloat>
 #include <cmath>
 
 #include "wpm/index_pairs.h"
+#include "wpm/threads.h"
 
 namespace {
 
@@ -86,12 +86,48 @@ void superpose(const std::vector<PlaneWave>& waves, const StepOptions& options,
                const SliceStep& slice) {
   const std::size_t samples =
       static_cast<std::size_t>(slice.nx) * static_cast<std::size_t>(slice.ny);
-  const int parts = omp_get_max_threads();
-#pragma omp parallel for schedule(static, 1)
-  for (int part = 0; part < parts; ++part) {
-    const auto boundary = [&](int i) {
-      return samples * static_cast<std::size_t>(i) / static_cast<std::size_t>(parts);
-    };
-    superpose_on(boundary(part), boundary(part + 1), waves, options, slice);
-  }
+  // More parts than threads, so that one that is held up does not hold up all; not many more,
+  // since each works out its own terms.
+  const int parts = wpm::threads() == 1 ? 1 : 4 * wpm::threads();
+  const auto boundary = [&](int i) {
+    return samples * static_cast<std::size_t>(i) / static_cast<std::size_t>(parts);
+  };
+  constexpr double kTerm = 22.0;  // ns
+  wpm::share_out(parts, kTerm * static_cast<double>(samples * waves.size()),
+                 [&](int part, int /*worker*/) {
+                   superpose_on(boundary(part), boundary(part + 1), waves, options, slice);
+                 });
+}
+
+bool keep_what_decides(std::vector<PlaneWave>& waves, std::size_t samples,
+                       const std::vector<IndexPair>& pairs, const StepOptions& options) {
+  const auto is_nan = [](const PlaneWave& wave) {
+    const bool is_infinite = std::isinf(wave.f.real()) || std::isinf(wave.f.imag());
+    return !is_infinite && (std::isnan(wave.f.real()) || std::isnan(wave.f.imag()));
+  };
+  if (waves.size() < samples || !std::all_of(waves.begin(), waves.end(), is_nan)) return false;
+  // A NaN amplitude that is carried on makes the field NaN, one that adds flux the flux. How many
+  // of the waves from begin on do both for all pairs; 0 if a few do not.
+  const auto enough = [&](auto begin, auto end) {
+    constexpr std::ptrdiff_t kFew = 8;
+    std::ptrdiff_t most = 0;
+    for (const IndexPair& pair : pairs) {
+      bool has_field = false;
+      bool has_flux = false;
+      for (auto wave = begin; !(has_field && has_flux); ++wave) {
+        if (wave == end || wave - begin == kFew) return std::ptrdiff_t{0};
+        const Mode mode = mode_of(*wave, pair, options);
+        has_field = has_field || (mode.contributes && mode.amplitude != Mode::kCutOff);
+        has_flux = has_flux || (mode.contributes && mode.adds_flux);
+        most = std::max(most, wave - begin + 1);
+      }
+    }
+    return most;
+  };
+  const std::ptrdiff_t first = enough(waves.begin(), waves.end());
+  const std::ptrdiff_t last = enough(waves.rbegin(), waves.rend());
+  if (first == 0 || last == 0 || first + last >= static_cast<std::ptrdiff_t>(waves.size()))
+    return false;
+  waves.erase(waves.begin() + first, waves.end() - last);
+  return true;
 }

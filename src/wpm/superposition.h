@@ -15,7 +15,14 @@ struct SliceStep {
   int ny, nx;
 };
 
-// Adds the plane waves to every sample, in their order, by all OpenMP threads; each thread has
+// Adds the plane waves to every sample, in their order, by all threads; each thread has
 // samples of its own, so their number changes no bit. Cost waves * nx * ny.
 void superpose(const std::vector<PlaneWave>& waves, const StepOptions& options,
                const SliceStep& slice);
+
+// Of the waves of a spectrum that is NaN as a whole, samples plane waves, leaves the few that make
+// the sum NaN at every sample of every pair, whatever the others are, from both ends: the sign of a
+// NaN, which files show, is that of the first or the last. Returns whether it did; other spectra
+// stay as they are.
+bool keep_what_decides(std::vector<PlaneWave>& waves, std::size_t samples,
+                       const std::vector<IndexPair>& pairs, const StepOptions& options);

@@ -5,19 +5,47 @@
 #include <cmath>
 #include <utility>
 
-#include "wpm/index_pairs.h"
+#include "wpm/threads.h"
 
+namespace wpm {
 namespace {
 
 // Amplitudes of this size and sums of them fit single precision, where the drift is worked out.
 constexpr double kTameField = 1e15;
 
+constexpr double kMode = 100.0;  // ns
+
+// Row kx of the transfer function. False if it is not tame.
+bool fill_row(std::size_t fold_x, const IndexPair& pair, const FoldedFrequencies& folds,
+              const StepOptions& options, Transfer& transfer) {
+  const std::size_t rows = folds.ky.size();
+  const double kx = folds.kx[fold_x];
+  bool is_tame = true;
+  bool is_blank = true;
+  for (std::size_t fold_y = 0; fold_y < rows; ++fold_y) {
+    cpx& field = transfer.field[fold_x * rows + fold_y];
+    double& flux = transfer.flux[fold_x * rows + fold_y];
+    field = 0.0;
+    flux = 0.0;
+    const double ky = folds.ky[fold_y];
+    const PlaneWave unit = {
+        1.0, kx, ky, kx * kx + ky * ky, static_cast<int>(fold_x), static_cast<int>(fold_y)};
+    const Mode mode = mode_of(unit, pair, options);
+    if (!mode.contributes) continue;
+    const cpx f_t = mode.transmitted(unit.f);
+    field = f_t * mode.field_factor * std::exp(mode.phi_z * cpx(0.0, 1.0));
+    if (mode.adds_flux) flux = mode.flux(f_t);
+    is_tame = is_tame && std::abs(field) < kTameField && std::fabs(flux) <= DBL_MAX;
+    is_blank = is_blank && field == 0.0;
+  }
+  transfer.is_blank[fold_x] = is_blank ? 1 : 0;
+  return is_tame;
+}
+
 }  // namespace
 
 FoldedFrequencies::FoldedFrequencies(const Axis& x, const Axis& y, const cpx* KX, const cpx* KY)
-    : kx(static_cast<std::size_t>(x.folds)),
-      ky(static_cast<std::size_t>(y.folds)),
-      fold_of_bin(x.fold) {
+    : kx(static_cast<std::size_t>(x.folds)), ky(static_cast<std::size_t>(y.folds)) {
   const auto collect = [](const Axis& axis, const cpx* K, std::vector<double>& k) {
     for (int p = 0; p < axis.n; ++p)
       k[static_cast<std::size_t>(
@@ -28,59 +56,73 @@ FoldedFrequencies::FoldedFrequencies(const Axis& x, const Axis& y, const cpx* KX
   collect(y, KY, ky);
 }
 
-Transfer transfer_of(const IndexPair& pair, const FoldedFrequencies& folds,
-                     const StepOptions& options) {
-  const std::size_t columns = folds.fold_of_bin.size();
-  const auto rows = static_cast<int>(folds.ky.size());
-  Transfer transfer;
-  transfer.field.resize(columns * folds.ky.size());
-  transfer.flux.resize(transfer.field.size());
-  bool is_tame = true;
-#pragma omp parallel for schedule(static) reduction(&& : is_tame)
-  for (int row = 0; row < rows; ++row) {
-    std::vector<cpx> field(folds.kx.size());
-    std::vector<double> flux(folds.kx.size());
-    for (std::size_t fold = 0; fold < folds.kx.size(); ++fold) {
-      const double kx = folds.kx[fold];
-      const double ky = folds.ky[static_cast<std::size_t>(row)];
-      const PlaneWave unit = {1.0, kx, ky, kx * kx + ky * ky, static_cast<int>(fold), row};
-      const Mode mode = mode_of(unit, pair, options);
-      if (!mode.contributes) continue;
-      const cpx f_t = mode.transmitted(unit.f);
-      field[fold] = f_t * mode.field_factor * std::exp(mode.phi_z * cpx(0.0, 1.0));
-      if (mode.adds_flux) flux[fold] = mode.flux(f_t);
-      is_tame = is_tame && std::abs(field[fold]) < kTameField && std::fabs(flux[fold]) <= DBL_MAX;
-    }
-    const std::size_t begin = static_cast<std::size_t>(row) * columns;
-    for (std::size_t bin = 0; bin < columns; ++bin) {
-      const auto fold = static_cast<std::size_t>(folds.fold_of_bin[bin]);
-      transfer.field[begin + bin] = field[fold];
-      transfer.flux[begin + bin] = flux[fold];
-    }
-  }
-  transfer.is_tame = is_tame;
-  return transfer;
+void find_transfer(const IndexPair& pair, const FoldedFrequencies& folds,
+                   const StepOptions& options, Transfer& transfer) {
+  const std::size_t size = folds.kx.size() * folds.ky.size();
+  transfer.field.resize(size);
+  transfer.flux.resize(size);
+  transfer.is_blank.resize(folds.kx.size());
+  std::vector<char> is_tame(folds.kx.size());
+  share_out(static_cast<int>(folds.kx.size()), kMode * static_cast<double>(size),
+            [&](int fold_x, int /*worker*/) {
+              const auto at = static_cast<std::size_t>(fold_x);
+              is_tame[at] = fill_row(at, pair, folds, options, transfer) ? 1 : 0;
+            });
+  transfer.is_tame = std::find(is_tame.begin(), is_tame.end(), 0) == is_tame.end();
 }
 
 TransferStore::TransferStore(FoldedFrequencies folds, const StepOptions& options, std::size_t bytes)
     : folds_(std::move(folds)),
       options_(options),
-      capacity_(std::max<std::size_t>(1, bytes / (folds_.fold_of_bin.size() * folds_.ky.size() *
-                                                  (sizeof(cpx) + sizeof(double))))) {}
+      capacity_(bytes / (folds_.kx.size() * folds_.ky.size() * (sizeof(cpx) + sizeof(double)))) {}
+
+std::size_t TransferStore::begin(const std::vector<IndexPair>& pairs) {
+  for (Entry& entry : entries_) entry.is_needed = false;
+  std::size_t missing = 0;
+  for (const IndexPair& pair : pairs) {
+    const auto found = place_.find(pair);
+    if (found == place_.end()) {
+      ++missing;
+      continue;
+    }
+    found->second->is_needed = true;
+    entries_.splice(entries_.begin(), entries_, found->second);
+  }
+  return missing;
+}
 
 const Transfer& TransferStore::get(const IndexPair& pair) {
-  const auto found = std::find_if(entries_.begin(), entries_.end(),
-                                  [&](const Entry& entry) { return same_bits(entry.pair, pair); });
-  if (found != entries_.end()) {
-    entries_.splice(entries_.begin(), entries_, found);
+  const auto found = place_.find(pair);
+  if (found != place_.end()) return found->second->transfer;
+  ++made_;
+  if (entries_.size() < capacity_) {
+    entries_.emplace_front();
+  } else if (!entries_.empty() && !entries_.back().is_needed) {
+    entries_.splice(entries_.begin(), entries_, std::prev(entries_.end()));
+    place_.erase(entries_.front().pair);
   } else {
-    if (entries_.size() >= capacity_) entries_.pop_back();
-    entries_.push_front({pair, transfer_of(pair, folds_, options_)});
+    find_transfer(pair, folds_, options_, passing_);
+    return passing_;
   }
-  return entries_.front().transfer;
+  Entry& entry = entries_.front();
+  entry.pair = pair;
+  entry.is_needed = true;
+  place_[pair] = entries_.begin();
+  find_transfer(pair, folds_, options_, entry.transfer);
+  return entry.transfer;
 }
 
-bool TransferStore::has(const IndexPair& pair) const {
-  return std::any_of(entries_.begin(), entries_.end(),
-                     [&](const Entry& entry) { return same_bits(entry.pair, pair); });
+bool TransferStore::are_tame(const std::vector<IndexPair>& pairs) {
+  return std::all_of(pairs.begin(), pairs.end(),
+                     [&](const IndexPair& pair) { return is_tame(pair); });
 }
+
+bool TransferStore::is_tame(const IndexPair& pair) {
+  constexpr std::size_t kMany = 100000;
+  const auto known = is_tame_.find(pair);
+  if (known != is_tame_.end()) return known->second;
+  if (is_tame_.size() >= kMany) is_tame_.clear();
+  return is_tame_[pair] = get(pair).is_tame;
+}
+
+}  // namespace wpm

@@ -2,48 +2,68 @@
 #pragma once
 
 #include <list>
-#include <memory>
+#include <unordered_map>
 #include <vector>
 
 #include "wpm/axis.h"
+#include "wpm/index_pairs.h"
 #include "wpm/modes.h"
 
-// One pair's, [ky fold][kx bin]: they depend on the frequencies' squares alone, so a row serves
-// both signs of ky, and the half of it that mirrors the other is copied.
+namespace wpm {
+
+// One pair's, [fold of kx][fold of ky]: they depend on the frequencies' squares alone, so a value
+// serves both signs of both.
 struct Transfer {
-  std::vector<cpx> field;    // factor of the field, longitudinal phase included; 0 where dropped
-  std::vector<double> flux;  // factor of |f|^2
-  bool is_tame = true;       // finite and far from overflow
+  std::vector<cpx> field;      // factor of the field, longitudinal phase included; 0 where dropped
+  std::vector<double> flux;    // factor of |f|^2
+  std::vector<char> is_blank;  // [fold of kx]: the factors of the field are all 0
+  bool is_tame = true;         // finite and far from overflow
 };
 
-// The frequencies of each fold, as the plane waves have them, and the fold of each bin in x.
+// The frequencies of each fold, as the plane waves have them.
 struct FoldedFrequencies {
   FoldedFrequencies(const Axis& x, const Axis& y, const cpx* KX, const cpx* KY);
   std::vector<double> kx, ky;
-  std::vector<int> fold_of_bin;
 };
 
-// Worked out by all OpenMP threads. Cost: a mode for each two folds.
-Transfer transfer_of(const IndexPair& pair, const FoldedFrequencies& folds,
-                     const StepOptions& options);
+// Worked out by all threads. Cost: a mode for each four plane waves. Memory that transfer has is
+// used again.
+void find_transfer(const IndexPair& pair, const FoldedFrequencies& folds,
+                   const StepOptions& options, Transfer& transfer);
 
-// Keeps transfer functions from step to step, the ones used last, within a bound of memory.
+// Keeps transfer functions from step to step, within a bound of memory. What a step needs is never
+// driven out by the same step: where the bound is too small for all of its pairs, some stay and the
+// others are worked out again each time.
 class TransferStore {
  public:
   TransferStore(FoldedFrequencies folds, const StepOptions& options, std::size_t bytes);
 
-  // The pair's, kept or made; valid until the next call.
+  // Says which pairs the next calls of get will ask for; returns how many of them are to be made.
+  std::size_t begin(const std::vector<IndexPair>& pairs);
+  // The pair's; valid until the next call.
   const Transfer& get(const IndexPair& pair);
-  [[nodiscard]] bool has(const IndexPair& pair) const;
+
+  // Whether all are tame; remembered where the transfer functions themselves are not.
+  bool are_tame(const std::vector<IndexPair>& pairs);
+
+  [[nodiscard]] int made() const { return made_; }  // since the store was
 
  private:
   struct Entry {
     IndexPair pair;
     Transfer transfer;
+    bool is_needed = false;
   };
+  bool is_tame(const IndexPair& pair);
 
   FoldedFrequencies folds_;
   StepOptions options_;
-  std::size_t capacity_;      // entries, at least one
-  std::list<Entry> entries_;  // the last used first
+  std::size_t capacity_;      // entries
+  std::list<Entry> entries_;  // those of the latest step first
+  std::unordered_map<IndexPair, std::list<Entry>::iterator, HashBits, SameBits> place_;
+  Transfer passing_;  // one that there was no room for
+  std::unordered_map<IndexPair, bool, HashBits, SameBits> is_tame_;
+  int made_ = 0;
 };
+
+}  // namespace wpm

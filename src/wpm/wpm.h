@@ -44,9 +44,15 @@ double init_gauss_wave(cpx* E, double* F, const cpx* N, const struct_sysOptions*
 double init_random_wave(cpx* E, double* F, const cpx* N, const struct_sysOptions* so,
                         const struct_emfield& f, bool is_quiet);
 
-// Lays the waves on slice 0 and clears all later slices of E and, if not null, F. Waves do not add
-// up: the last one decides the field. Returns the first wavelength that isn't 0, in metres; 0 if
-// there is none.
+// Lays the waves, in order, on a slice of the field and of the flux, [ny][nx] each; N0 is slice 0
+// of the index. A wave replaces those before it, or is added to them if its `add` is set: then the
+// field is the sum, and the flux that of the sum. Returns the first wavelength that isn't 0, in
+// metres; 0 if there is none. A size of 0 counts as 1. A field that is zero everywhere or not
+// finite draws a warning with the likely reason.
+double lay_incident_field(cpx* E0, double* F0, const cpx* N0, const struct_sysOptions& so,
+                          const std::vector<struct_emfield>& fields, bool is_quiet);
+
+// The same on slice 0 of a volume, [nz][ny][nx]; clears all later slices of E and, if not null, F.
 double init_E(cpx* E, double* F, const cpx* N, const struct_sysOptions* so,
               const std::vector<struct_emfield>* fields, bool is_quiet);
 
@@ -79,12 +85,3 @@ cpx fresnelTTM(const cpx& n_i, const cpx& n_t, const cpx& kz_i, const cpx& kz_t)
 void zerith_3D(cpx* E, double* F, const cpx* N, const cpx* KX, const double* X, const cpx* KY,
                const double* Y, double k0, double dz, double dy, double dx, int nz, int ny, int nx,
                bool do_evanescent_modes, bool is_magnetic_field, polarization pol);
-
-// The same field and flux by transforms: max|dE| stays within 1e-11 of max|E| over a hundred
-// slices. Same arguments; KX, X and KY, Y must be what init_F and init_X make, or the reference
-// takes over. For each pair of indices that a step holds, the plane waves' amplitudes behind it
-// form one spectrum, and one inverse transform sums them at all samples. A step with so many pairs
-// that the direct sum is cheaper takes that. Cost (nz-1) * pairs * nx*ny*log(nx*ny).
-void zerith_fast_3D(cpx* E, double* F, const cpx* N, const cpx* KX, const double* X, const cpx* KY,
-                    const double* Y, double k0, double dz, double dy, double dx, int nz, int ny,
-                    int nx, bool do_evanescent_modes, bool is_magnetic_field, polarization pol);

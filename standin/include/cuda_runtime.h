@@ -7,10 +7,15 @@
 // NOLINTBEGIN(bugprone-reserved-identifier): the language extensions have these names.
 #define __global__
 #define __device__
+#define __launch_bounds__(...)  // of registers there are enough
 // NOLINTEND(bugprone-reserved-identifier)
 
 struct alignas(16) double2 {
   double x, y;
+};
+
+struct alignas(8) float2 {
+  float x, y;
 };
 
 struct uint3 {
@@ -37,7 +42,9 @@ enum cudaError {
   cudaErrorInvalidValue = 1,
   cudaErrorMemoryAllocation = 2,
   cudaErrorInvalidConfiguration = 9,
-  cudaErrorIllegalAddress = 700
+  cudaErrorIllegalAddress = 700,
+  cudaErrorLaunchOutOfResources = 701,
+  cudaErrorUnknown = 999
 };
 typedef enum cudaError cudaError_t;
 
@@ -66,6 +73,9 @@ cudaError_t cudaFree(void* pointer);
 // 1 if a side that kind places on the device is not wholly inside one allocation, or a side that it
 // places on the host lies in device memory.
 cudaError_t cudaMemcpy(void* target, const void* source, std::size_t bytes, cudaMemcpyKind kind);
+
+// Every byte becomes value's lowest; 1 for what is not wholly inside one allocation.
+cudaError_t cudaMemset(void* target, int value, std::size_t bytes);
 
 cudaError_t cudaDeviceSynchronize();
 

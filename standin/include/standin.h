@@ -16,8 +16,8 @@
 // after another. With dynamic shared memory the blocks run one after another, and every thread of a
 // block is a thread of the host, so that __syncthreads() is a barrier. Results depend on neither.
 //
-// The device holds as many bytes as the host has memory, or as the environment variable
-// STANDIN_DEVICE_MEMORY says.
+// The device holds as many bytes as the host has memory, unless a program brings a
+// standin::memory_of_device() of its own.
 #pragma once
 
 #include <cstddef>
@@ -32,8 +32,25 @@ namespace standin {
 inline constexpr unsigned kMaxThreadsPerBlock = 1024;
 inline constexpr std::size_t kMaxSharedMemory = 48 * 1024;  // bytes a block
 
+// Bytes that the device holds at the start. It stands in a file of its own, so that a program that
+// is linked with another has a smaller device.
+std::size_t memory_of_device();
+
 // Bytes that may be allocated from now on, those in use counted.
 void set_memory_limit(std::size_t bytes);
+
+// What is asked of the device. Clearing memory is a launch.
+enum class Call { kAllocation, kPlan, kTransform, kLaunch, kCopy, kSynchronisation };
+inline constexpr int kCalls = 6;
+
+// How often it has been asked since counting began anew, refused or not.
+int count_of(Call call);
+void count_anew();
+
+// The n-th such call from now on fails, once: an allocation or a plan for want of memory, a launch
+// for want of registers, a copy, a transform or a synchronisation with what CUDA calls an
+// unspecific failure. 0: none does.
+void fail_call(Call call, int n);
 
 // Runs body once for every thread of the grid, with threadIdx and the others set.
 // Returns 9 for an impossible grid or block; 700 is left pending if one of pointers is no device

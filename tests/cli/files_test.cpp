@@ -64,7 +64,7 @@ TEST(Files, HoldTheChosenCrossSections) {
 // Half a wavelength of path difference between columns: the sign alternates along x alone.
 TEST(Files, TellRowsFromColumns) {
   const TempDir directory;
-  directory.write("a.cfg", configuration("", "n = 1", "shape = plane\ntheta = 30"));
+  directory.write("a.cfg", configuration("x = 8", "n = 1", "shape = plane\ntheta = 30"));
   for (const std::string x : {"0", "1", "2"}) {
     EXPECT_EQ(run_zerith(directory, {"-q", "-i", "a.cfg", "-x", x}).status, 0);
     const char* line = x == "2" ? "1,1,1,1,1,1,1,1,\n" : "1,-1,1,-1,1,-1,1,-1,\n";

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <csignal>
 #include <cstdint>
+#include <cstdlib>
 #include <string>
 
 #include "fftw++.h"
@@ -67,6 +69,7 @@ TEST(Transform, MisalignedArraysDrawAWarning) {
 
 // A plan of more threads is tried only when asked for, as here for one of the signs.
 TEST(Transform, IsTheDefinition) {
+  EXPECT_EQ(fftwpp::fftw::testseconds, 0.1);
   fftwpp::fftw::testseconds = 0.001;
   for (const auto& [nx, ny] : {std::pair(1U, 1U), {4U, 4U}, {3U, 5U}, {8U, 2U}, {1U, 7U}, {8U, 8U}})
     for (const int sign : {1, -1}) {
@@ -83,6 +86,71 @@ TEST(Transform, IsTheDefinition) {
       fft2d(nx, ny, -sign, nullptr, nullptr).fftNormalized(from.data(), from.data());
       EXPECT_LE(distance(from, in), kBound) << nx << " x " << ny;
     }
+  fftwpp::fftw::testseconds = 0.1;
+  fftwpp::fftw::maxthreads = 1;
+}
+
+// FFTW aborts when its memory runs out; what was being done is said, and nothing of other aborts.
+class Aborting : public fftwpp::fftw {
+ public:
+  Aborting() : fftw(2 * 12, -1) { Setup(nullptr, nullptr); }
+
+ protected:
+  fftw_plan Plan(Complex*, Complex*) override { std::abort(); }
+};
+
+TEST(TransformDeath, AbortsAreExplained) {
+  EXPECT_EXIT(Aborting(), testing::ExitedWithCode(1),
+              "zerith: error: the transform library gave up while planning a transform of 12 ");
+  Slice out(16);
+  const fft2d transform(4, 4, -1, nullptr, out.data());
+  EXPECT_EXIT(std::abort(), testing::KilledBySignal(SIGABRT), "^$");
+}
+
+// Counts the transforms that planning n x n numbers carries out.
+class Counting : public fftwpp::fftw {
+ public:
+  static int transforms_of(unsigned n) {
+    count = 0;
+    Slice out(n * n);
+    const Counting counting(n, out.data());
+    return count;
+  }
+
+ protected:
+  Counting(unsigned n, Complex* out) : fftw(2 * n * n, -1), n_(static_cast<int>(n)) {
+    Setup(nullptr, out);
+  }
+  fftw_plan Plan(Complex* in, Complex* out) override {
+    return fftw_plan_dft_2d(n_, n_, reinterpret_cast<fftw_complex*>(in),
+                            reinterpret_cast<fftw_complex*>(out), sign, FFTW_ESTIMATE);
+  }
+  void Execute(Complex* in, Complex* out, bool shift) override {
+    ++count;
+    fftw::Execute(in, out, shift);
+  }
+
+ private:
+  static int count;
+  int n_;
+};
+int Counting::count = 0;
+
+// With one thread nothing is tried. A trial is of as many transforms as there are microseconds in
+// its time, if they take less than that, and of as many again on more threads.
+TEST(Transform, ATrialOfThreadsIsShort) {
+  EXPECT_EQ(fftwpp::fftw::maxthreads, 1U);
+  EXPECT_EQ(Counting::transforms_of(8), 0);
+  fftwpp::fftw::maxthreads = 2;
+  fftwpp::fftw::testseconds = 50e-6;
+  const int count = Counting::transforms_of(8);
+  EXPECT_LE(2, count);
+  EXPECT_LE(count, 49 + 50);
+  fftwpp::fftw::maxthreads = 2;      // the trial has brought it down to what there is
+  fftwpp::fftw::testseconds = 1e-6;  // none on one thread, and one on two
+  EXPECT_EQ(Counting::transforms_of(8), 1);
+  fftwpp::fftw::maxthreads = 1;
+  fftwpp::fftw::testseconds = 0.1;
 }
 
 TEST(AlignedStorage, IsClearedAndFailsWithAMessage) {

@@ -1,22 +1,41 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <set>
+#include <sstream>
+
+#include "cli/configuration.h"
 #include "fftw++.h"
 #include "support/process.h"
+#include "wisdom.h"
 
 namespace {
 
 using fftwpp::fftw;
 
+// The file that planning n x n leaves.
+std::string written_wisdom(unsigned n) {
+  const TempDir directory;
+  fftw_forget_wisdom();
+  std::vector<Complex> out(n * n);
+  const std::string name = directory.path("wisdom").string();
+  fftw::WisdomName = name.c_str();
+  fftw::Wise = true;
+  const fftwpp::fft2d transform(n, n, -1, nullptr, out.data());
+  fftw::WisdomName = "wisdom3.txt";
+  return directory.read("wisdom");
+}
+
 // Plans as a process at its start does, as far as wisdom goes, and says nothing. With wisdom alone,
 // if so said: without wisdom there is no plan then.
-void plan(const std::string& wisdom, unsigned effort = FFTW_MEASURE) {
+void plan(const std::string& wisdom, unsigned effort = FFTW_MEASURE, unsigned n = 32) {
   fftw_forget_wisdom();
   fftw::Wise = false;
   fftw::effort = effort;
   fftw::WisdomName = wisdom.c_str();
-  std::vector<Complex> out(32 * 32);
+  std::vector<Complex> out(n * n);
   testing::internal::CaptureStderr();
-  const fftwpp::fft2d transform(32, 32, -1, nullptr, out.data());
+  const fftwpp::fft2d transform(n, n, -1, nullptr, out.data());
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
   fftw::effort = FFTW_MEASURE;
   fftw::WisdomName = "wisdom3.txt";
@@ -37,6 +56,75 @@ TEST(Wisdom, GarbageIsOverwritten) {
     directory.write("wisdom", garbage);
     plan(directory.path("wisdom").string());
     EXPECT_TRUE(directory.read("wisdom").starts_with("(fftw-")) << garbage;
+  }
+}
+
+// FFTW ends the process, and this test with it, over some of these, such as a blank that became a
+// digit. Each byte in turn takes values that a number, a name and the layout would go on with.
+TEST(Wisdom, NoDamagedByteEndsTheProcess) {
+  const std::string sound = written_wisdom(4);
+  const TempDir directory;
+  const std::string name = directory.path("wisdom").string();
+  for (std::size_t i = 0; i < sound.size(); ++i)
+    for (const char damage : {' ', '1', 'f', 'z'}) {
+      std::string damaged = sound;
+      damaged[i] = damage;
+      directory.write("wisdom", damaged);
+      plan(name, FFTW_ESTIMATE, 4);
+    }
+}
+
+// What is written is FFTW's own, and sound however much it holds; whatever doesn't end there isn't.
+TEST(Wisdom, IsSoundFromEndToEnd) {
+  std::string sound = written_wisdom(60);
+  EXPECT_TRUE(fftwpp::is_sound_wisdom(sound)) << sound;
+  for (std::size_t length = 0; length < sound.size(); ++length)
+    ASSERT_FALSE(fftwpp::is_sound_wisdom(sound.substr(0, length))) << length;
+  EXPECT_FALSE(fftwpp::is_sound_wisdom(sound + "\n"));
+  for (const char* wide :
+       {"#x111bdd #x11bdd #x0", "#x11bdd #x100000 #x0", "#x11bdd #x11bdd #x200"}) {
+    std::string changed = sound;
+    const std::size_t at = changed.find("#x11bdd #x11bdd #x0");
+    ASSERT_NE(at, std::string::npos);
+    EXPECT_FALSE(fftwpp::is_sound_wisdom(changed.replace(at, 19, wide))) << wide;
+  }
+}
+
+std::multiset<std::string> lines_of(const std::string& text) {
+  std::istringstream stream(text);
+  std::multiset<std::string> lines;
+  for (std::string line; std::getline(stream, line);) lines.insert(line);
+  return lines;
+}
+
+// Device runs plan on the host where there is no device; their planner must be the CPU branch's.
+TEST(WisdomOfRuns, IsOneForAllBranches) {
+  const TempDir directory;
+  directory.write("a.cfg", configuration());
+  std::multiset<std::string> first;
+  for (const auto& options : {std::vector<std::string>{"-p"}, {"-g", "-p"}, {"-p"}}) {
+    std::vector<std::string> arguments = {"-q", "-i", "a.cfg"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    ASSERT_EQ(run_zerith(directory, arguments).status, 0);
+    const auto lines = lines_of(directory.read("wisdom3.txt"));
+    EXPECT_GT(lines.size(), 2U);
+    if (first.empty()) first = lines;
+    EXPECT_EQ(lines, first);
+  }
+}
+
+// A pipe that nobody writes to or reads from, a device without end, a folder: passed over, and left
+// as they are. A result is there all the same.
+TEST(WisdomOfRuns, NeedsNoFile) {
+  for (const std::string make : {"mkfifo", "ln -s /dev/zero", "mkdir", "ln -s elsewhere"}) {
+    const TempDir directory;
+    directory.write("a.cfg", configuration());
+    run_shell(directory, make + " wisdom3.txt");
+    const RunResult run = run_shell(directory, "exec timeout 20 \"$ZERITH\" -q -i a.cfg -p");
+    EXPECT_EQ(run.status, 0) << make << run.err;
+    EXPECT_TRUE(directory.has("E_cpu.csv")) << make;
+    EXPECT_EQ(std::filesystem::is_regular_file(directory.path("wisdom3.txt")),
+              make == "ln -s elsewhere");
   }
 }
 

@@ -32,7 +32,9 @@ class DeviceArray {
   DeviceArray& operator=(const DeviceArray&) = delete;
 
   // The device's complex numbers are pairs.
-  using Element = std::conditional_t<std::is_same_v<T, cpx>, double2, T>;
+  using Element =
+      std::conditional_t<std::is_same_v<T, cpx>, double2,
+                         std::conditional_t<std::is_same_v<T, std::complex<float>>, float2, T>>;
   operator Element*() const { return data_; }
   std::vector<T> download() const {
     std::vector<T> host(size_);

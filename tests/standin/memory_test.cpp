@@ -1,6 +1,9 @@
 // Device memory that forgives no more than a GPU's.
 #include <cstdint>
+#include <functional>
+#include <utility>
 
+#include "cufft.h"
 #include "kernel/device_test.h"
 #include "standin.h"
 
@@ -51,6 +54,45 @@ TEST(StandinMemory, ChecksBothSidesOfACopy) {
   EXPECT_EQ(host[6], 4);
   EXPECT_EQ(cudaFree(buffer + 1), cudaErrorInvalidValue);
   EXPECT_EQ(cudaGetLastError(), cudaErrorInvalidValue);
+}
+
+TEST(StandinMemory, IsClearedAsFarAsItGoes) {
+  const Buffer buffer(std::vector<double>{1, 2, 3});
+  EXPECT_EQ(cudaMemset(buffer + 1, 0, 8), cudaSuccess);
+  EXPECT_EQ(buffer.download(), (std::vector<double>{1, 0, 3}));
+  EXPECT_EQ(cudaMemset(buffer + 1, 0, 17), cudaErrorInvalidValue);
+  EXPECT_EQ(cudaGetLastError(), cudaErrorInvalidValue);
+}
+
+// Each kind of call is counted, and fails when its turn comes: the second from the request on.
+TEST(StandinCalls, AreCountedAndFailOnceOnDemand) {
+  using standin::Call;
+  const Buffer buffer(1);
+  double host = 0;
+  cufftHandle plan = 0;
+  const auto runtime = [](cudaError_t status) { return static_cast<int>(status); };
+  const std::pair<Call, std::function<int()>> kinds[] = {
+      {Call::kAllocation,
+       [&] {
+         double* memory = nullptr;
+         const cudaError_t status = cudaMalloc(&memory, 8);
+         cudaFree(memory);
+         return runtime(status);
+       }},
+      {Call::kPlan, [&] { return int(cufftPlan2d(&plan, 1, 1, CUFFT_Z2Z)); }},
+      {Call::kCopy, [&] { return runtime(cudaMemcpy(&host, buffer, 8, cudaMemcpyDeviceToHost)); }},
+      {Call::kLaunch, [&] { return runtime(standin::launch(store, 1, 1, 0, buffer, 0)); }},
+      {Call::kSynchronisation, [&] { return runtime(cudaDeviceSynchronize()); }}};
+  standin::count_anew();
+  for (const auto& [call, ask] : kinds) {
+    EXPECT_EQ(standin::count_of(call), 0);
+    standin::fail_call(call, 2);
+    EXPECT_EQ(ask(), 0);
+    EXPECT_NE(ask(), 0);
+    EXPECT_EQ(ask(), 0);
+    EXPECT_EQ(standin::count_of(call), 3);
+  }
+  cudaGetLastError();
 }
 
 TEST(StandinMemoryDeath, IsClosedToTheHostAndBeyondItsEnds) {

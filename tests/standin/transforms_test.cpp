@@ -42,6 +42,7 @@ std::string wisdom() {
 
 // Of one plane, behind which all stays, and of several. The wisdom file belongs to the CPU path.
 TEST(StandinTransforms, AreTheUnnormalisedSumsAndLeaveNoWisdom) {
+  fftw_init_threads();  // as the CPU path does before all else
   const DeviceArray<cpx> input(samples()), output(samples());
   cufftHandle single = 0, batched = 0;
   ASSERT_EQ(cufftPlan2d(&single, kNx, kNy, CUFFT_Z2Z), CUFFT_SUCCESS);
@@ -64,6 +65,28 @@ TEST(StandinTransforms, AreTheUnnormalisedSumsAndLeaveNoWisdom) {
   EXPECT_EQ(wisdom(), wisdom_before);
   for (const auto expected : {CUFFT_SUCCESS, CUFFT_INVALID_PLAN})
     EXPECT_EQ(cufftDestroy(batched), expected);
+}
+
+// The same in single precision, to its 24 bits.
+TEST(StandinTransforms, SinglePrecisionIsTheSameSum) {
+  const std::vector<cpx> in = samples();
+  std::vector<std::complex<float>> single_in;
+  for (const cpx& value : in) single_in.emplace_back(value);
+  const DeviceArray<std::complex<float>> memory(single_in);
+  int extents[] = {kNx, kNy};
+  cufftHandle plan = 0;
+  ASSERT_EQ(
+      cufftPlanMany(&plan, 2, extents, nullptr, 1, kPlane, nullptr, 1, kPlane, CUFFT_C2C, kBatch),
+      CUFFT_SUCCESS);
+  ASSERT_EQ(cufftExecC2C(plan, memory, memory, CUFFT_INVERSE), CUFFT_SUCCESS);
+  const auto out = memory.download();
+  for (int v = 0; v < kBatch * kPlane; ++v) {
+    const int place = v % kPlane;
+    const cpx expected = dft(&in[v - place], CUFFT_INVERSE, place / kNy, place % kNy);
+    ASSERT_LE(std::abs(cpx(out[v]) - expected), 1e-5) << v;
+  }
+  const DeviceArray<cpx> doubles(in);
+  EXPECT_EQ(cufftExecZ2Z(plan, doubles, doubles, CUFFT_INVERSE), CUFFT_INVALID_TYPE);
 }
 
 TEST(StandinTransforms, RefuseWhatTheyCannotDo) {

@@ -44,6 +44,8 @@ struct Canvas {
   int taken = INT_MIN;
 };
 
+const std::string kDot = "...... ...... ...... ...#.. ...... ...... ";
+
 struct_layer thick(double z) {
   return {.z = z, .r = 1, .px = 4, .wx = 1, .py = 4, .wy = 1, .rin = 1, .rout = 1};
 }
@@ -90,6 +92,53 @@ TEST(Components, SpacingOfZeroCountsAsOneMetreButForTheLens) {
   EXPECT_EQ(canvas.taken, INT_MIN);  // what becomes of infinity in an int
   for (const double outside : {2147483648.0, -2147483648.9, std::nan("")})
     EXPECT_EQ(truncate_to_int(outside), INT_MIN) << outside;
+}
+
+// What a component looks like does not depend on where it stands, in slices that lie otherwise
+// apart than samples do.
+TEST(Components, LookTheSameAnywhereInTheStack) {
+  for (const double radius : {1.0, -1.5})
+    for (const Rasteriser rasteriser : kPainting) {
+      struct_layer l = thick(0.5);
+      l.r = radius, l.rin = 0.5, l.rout = 2;
+      Canvas first(6, 6, 2), behind(6, 6, 5, 3);
+      first.so.dz = behind.so.dz = 0.25;
+      const std::string untouched = Canvas(6, 6, 3).paint(init_asphere_system, thick(0));
+      EXPECT_EQ(behind.paint(rasteriser, l), untouched + first.paint(rasteriser, l));
+    }
+}
+
+// Half as far apart in y as in x: a disc is twice as many samples high as it is wide.
+TEST(Components, ReadTheSpacingOfEachAxis) {
+  const auto paint = [](Rasteriser rasteriser, int nx, int ny, int nz, const struct_layer& l) {
+    Canvas canvas(nx, ny, nz);
+    canvas.so.dy = 0.5, canvas.so.dz = 0.25;
+    return canvas.paint(rasteriser, l);
+  };
+  const std::string high = "...... ...#.. ...#.. ..###. ...#.. ...#.. ";
+  const struct_layer disc = {.z = 0.25, .r = 1, .rin = 1, .rout = 1};
+  EXPECT_EQ(paint(init_wguide_system, 6, 6, 1, disc), high);
+  EXPECT_EQ(paint(init_taper_system, 6, 6, 1, disc), high);
+  // 0.75^2 twice is 1.125, as good as 1.
+  EXPECT_EQ(paint(init_splitter_system, 6, 6, 1, {.z = 0.25, .rin = 0.75, .rout = 0.75}), high);
+  // A slice before its end the sphere's squared radius is 1 - 0.75^2.
+  EXPECT_EQ(paint(init_lens_system, 6, 6, 2, {.z = 0.5, .r = 1}),
+            "...... ...... ...#.. ...#.. ...#.. ...... " + kDot);
+  // Lengths in samples as in the picture below.
+  EXPECT_EQ(
+      paint(init_grating_system, 12, 12, 1, {.z = 0.25, .px = 8, .wx = 2, .py = 4, .wy = 2.5}),
+      Canvas(12, 12, 1).paint(init_grating_system, {.z = 1, .px = 8, .wx = 2, .py = 8, .wy = 5}));
+}
+
+// A size of 0 counts as 1: one slice of 4 x 4, on a buffer of the caller.
+TEST(Components, SizeOfZeroCountsAsOne) {
+  for (const Rasteriser rasteriser : kPainting) {
+    Canvas canvas(4, 4, 1);
+    canvas.so.nz = 0;
+    const std::string picture = canvas.paint(rasteriser, thick(5));
+    EXPECT_EQ(std::ranges::count(picture, '?'), 0) << picture;
+    EXPECT_EQ(canvas.taken, 1);
+  }
 }
 
 // Rows step by ny, so those of a 4 x 2 slice overlap and those of a 2 x 4 slice leave gaps and run
@@ -139,7 +188,6 @@ TEST(Grating, PeriodIsAtLeastTwoSamples) {
   EXPECT_EXIT(paint(4, 0, 1), testing::ExitedWithCode(255), "py = 0 .*spacing is 1");
 }
 
-const std::string kDot = "...... ...... ...... ...#.. ...... ...... ";
 const std::string kPlus = "...... ...... ...#.. ..###. ...#.. ...... ";
 const std::string kPlusAside = "...... ....#. ...### ....#. ...... ...... ";  // by 1 and -1
 const std::string kBlock = "...... ...... ..###. ..###. ..###. ...... ";

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "wpm/fresnel.h"
 #include "wpm/wpm.h"
 
 namespace {
@@ -34,6 +35,19 @@ TEST(Fresnel, TakesTheTextbookValues) {
   const double cos_i = 1.0 / std::sqrt(3.25);
   const double cos_t = 1.5 / std::sqrt(3.25);
   EXPECT_NEAR(fresnelTTM(1.0, 1.5, cos_i, 1.5 * cos_t).real(), 0.6666, 1e-12);
+}
+
+// Energy: (1 - r^2) kz_i = t^2 kz_t with r = t - 1 for TE; what trim takes is under 0.0001.
+TEST(Fresnel, ConservesEnergyBeforeItIsTrimmed) {
+  for (const auto& [kz_i, kz_t] :
+       {std::pair(1.0, 1.5), std::pair(1.37, 0.2), std::pair(0.9, 0.9)}) {
+    const double t = wpm::transmission_TE(kz_i, kz_t).real();
+    EXPECT_NEAR((1 - (t - 1) * (t - 1)) * kz_i, t * t * kz_t, 1e-15);
+    EXPECT_NEAR(fresnelTTE(kz_i, kz_t).real(), t, 1e-4);
+    EXPECT_LE(fresnelTTE(kz_i, kz_t).real(), t);
+    // At equal indices TM is TE.
+    EXPECT_NEAR(wpm::transmission_TM(1.3, 1.3, kz_i, kz_t).real(), t, 1e-15);
+  }
 }
 
 TEST(Fresnel, PassesAWaveWithoutDenominator) {

@@ -41,6 +41,10 @@ TEST(Grids, FluxStartsAtZeroAndUnitsHaveAMeasure) {
   EXPECT_EQ(F[11], 0.0);
   EXPECT_EQ(F[12], 5.0);
 
+  so.nz = -2;
+  init_0(F.data(), &so, true);
+  EXPECT_EQ(F[12], 5.0);
+
   const double metres[] = {1.0, 0.1, 0.01, 0.001, 1e-06, 1e-09, 1e-12, 1e-09};
   for (int unit = 0; unit < 8; ++unit) {
     so.scl = static_cast<scale>(unit);

@@ -7,12 +7,13 @@
 
 namespace {
 
-// An 8 x 8 x 2 grid of 0.5 um samples, slice 0 of index 1.5, the volumes full of rubbish.
+// An 8 x 8 x 2 grid of samples 0.5 um apart in x and 0.25 um in y, slice 0 of index 1.5, the
+// volumes full of rubbish.
 struct Bench {
   Bench() {
     so.nx = so.ny = 8;
     so.nz = 2;
-    so.dx = so.dy = so.dz = 0.5;
+    so.dx = 0.5, so.dy = 0.25, so.dz = 0.75;
     so.f = 1e-6;
   }
   double lay(const std::vector<struct_emfield>& waves) {
@@ -40,31 +41,46 @@ struct_emfield wave(shape s, double lambda) {
   return f;
 }
 
-// The phase is (r - r0).s 2 pi n / lambda with the real index of slice 0; constants cut at ten
-// digits leave 1e-8 of a phase of a few turns.
+// A plane wave goes on by n s.dr/lambda turns from sample to sample, n that of slice 0, moves with
+// its position and turns back by n s_z z/lambda. Constants cut at ten digits leave 1e-8 of a phase
+// of a few turns.
 TEST(Sources, PlaneWaveFollowsItsDirectionInTheLocalIndex) {
-  Bench bench;
   struct_emfield f = wave(PLANE, 1.0);
-  f.theta = 30, f.phi = 60, f.x = 0.25, f.y = -0.5, f.z = 0.125;
+  f.theta = 30, f.phi = 60;
+  const double s[] = {0.25, std::sqrt(3.0) / 4, std::sqrt(3.0) / 2};
+  const auto turned = [](double path) { return std::polar(1.0, 2 * M_PI * 1.5 * path); };
+  Bench bench, moved, behind;
   EXPECT_EQ(bench.lay({f}), 1e-6);
-  const double s[] = {0.5 * 0.5, 0.5 * std::sqrt(0.75), std::sqrt(0.75)};
-  for (const auto& [ix, iy] : {std::pair(4, 4), std::pair(0, 7), std::pair(6, 1)}) {
-    const double path =
-        (0.5 * (ix - 4) - 0.25) * s[0] + (0.5 * (iy - 4) + 0.5) * s[1] - 0.125 * s[2];
-    const cpx expected = 2.0 * std::exp(cpx(0.0, 2 * M_PI * 1.5 * path));
-    EXPECT_LE(std::abs(bench.at(ix, iy) - expected), 3e-7);
-    // |amp|^2 k0 cos(theta), without the index.
-    EXPECT_NEAR(bench.F[static_cast<std::size_t>(iy * 8 + ix)], 4.0 * 2 * M_PI * 1e6 * s[2], 1.0);
-  }
+  f.x = 0.5, f.y = -0.25;  // a sample each
+  moved.lay({f});
+  f.x = f.y = 0, f.z = 0.125;
+  behind.lay({f});
+  EXPECT_LE(std::abs(bench.at(4, 4) - 2.0), 1e-12);
+  for (int ix = 1; ix < 8; ++ix)
+    for (int iy = 0; iy < 7; ++iy) {
+      EXPECT_LE(std::abs(bench.at(ix, iy) / bench.at(ix - 1, iy) - turned(0.5 * s[0])), 3e-7);
+      EXPECT_LE(std::abs(bench.at(ix, iy + 1) / bench.at(ix, iy) - turned(0.25 * s[1])), 3e-7);
+      EXPECT_LE(std::abs(moved.at(ix, iy) - bench.at(ix - 1, iy + 1)), 1e-12);
+      EXPECT_LE(std::abs(behind.at(ix, iy) / bench.at(ix, iy) - turned(-0.125 * s[2])), 3e-7);
+    }
+  // |amp|^2 k0 cos(theta) everywhere, without the index.
+  for (int i = 0; i < 64; ++i)
+    EXPECT_NEAR(bench.F[static_cast<std::size_t>(i)], 8e6 * M_PI * s[2], 1.0);
   EXPECT_EQ(bench.E[64], 0.0);
   EXPECT_EQ(bench.F[127], 0.0);
 }
 
+// At a distance of sigma the field is exp(-1/pi) of the peak, along either axis; the axes' parts
+// multiply. The flux has no envelope.
 TEST(Sources, GaussianWaveHasItsEnvelopeInTheFieldAndNotInTheFlux) {
   Bench bench;
-  bench.lay({wave(GAUSSIAN, 1.0)});
-  // exp(-(x^2/sigmax^2 + y^2/sigmay^2)/pi) at x = 1, y = -1.
-  EXPECT_NEAR(bench.at(6, 2).real(), 2.0 * std::exp(-(1.0 + 0.25) / M_PI), 1e-8);
+  struct_emfield f = wave(GAUSSIAN, 1.0);
+  f.sigmay = 0.5;
+  bench.lay({f});
+  for (const cpx& at_sigma : {bench.at(6, 4), bench.at(2, 4), bench.at(4, 6), bench.at(4, 2)})
+    EXPECT_NEAR(std::abs(at_sigma / bench.at(4, 4)), std::exp(-1 / M_PI), 1e-8);
+  EXPECT_NEAR(std::abs(bench.at(0, 1) * bench.at(4, 4) - bench.at(0, 4) * bench.at(4, 1)), 0,
+              1e-15);
   EXPECT_EQ(bench.F[0], bench.F[36]);
 }
 
@@ -106,14 +122,27 @@ TEST(Sources, NoWaveLeavesSliceZeroAndClearsTheRest) {
   EXPECT_EQ(bench.E[64], 0.0);
 }
 
-// Without a slice there is nothing to write to or read from; vectors of exact size let the address
+// A size of 0 counts as 1, in the waves and in the clearing; vectors of exact size let the address
 // sanitizer see a slip.
-TEST(Sources, VolumeWithoutSlicesTakesNothing) {
-  Bench bench;
-  bench.so.nz = 0;
-  bench.E.clear(), bench.F.clear(), bench.N.clear();
-  bench.E.shrink_to_fit(), bench.F.shrink_to_fit(), bench.N.shrink_to_fit();
-  EXPECT_EQ(bench.lay({wave(PLANE, 1.0)}), 1e-6);
+TEST(Sources, SizeOfZeroCountsAsOne) {
+  struct Case {
+    int nx, ny, nz;
+    std::size_t slice, samples;
+  };
+  for (const Case& c :
+       {Case{4, 4, 0, 16, 16}, Case{0, 4, 3, 4, 12}, Case{4, 0, 2, 4, 8}, Case{0, 0, 0, 1, 1}}) {
+    Bench bench;
+    bench.so.nx = c.nx, bench.so.ny = c.ny, bench.so.nz = c.nz;
+    std::vector<cpx> E(c.samples, 9.0);
+    std::vector<double> F(c.samples, 9.0);
+    const std::vector<cpx> N(c.slice, 1.0);
+    const std::vector<struct_emfield> waves = {wave(PLANE, 1.0)};
+    EXPECT_EQ(init_E(E.data(), F.data(), N.data(), &bench.so, &waves, true), 1e-6);
+    for (std::size_t s = 0; s < c.samples; ++s) {
+      EXPECT_EQ(E[s], s < c.slice ? 2.0 : 0.0) << c.nx << c.ny << c.nz << " sample " << s;
+      EXPECT_NEAR(F[s], s < c.slice ? 8 * M_PI * 1e6 : 0.0, 1.0);
+    }
+  }
 }
 
 }  // namespace

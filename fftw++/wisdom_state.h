@@ -1,0 +1,15 @@
+// FFTW's accumulated wisdom as text, in both precisions, for runs that go on in another process.
+#pragma once
+
+#include <string>
+
+namespace fftwpp {
+
+std::string wisdom_text();
+std::string single_wisdom_text();
+
+// Imports both and lets them stand: the wisdom file, read before, is not read again. To be called
+// before the first plan.
+void restore_wisdom(const std::string& wisdom, const std::string& single_wisdom);
+
+}  // namespace fftwpp

@@ -1,0 +1,1 @@
+"""What scripts/plot is made of: reading planes and tables, and drawing them."""

@@ -1,0 +1,109 @@
+// --check: the whole set-up, a report, and nothing written.
+#include <cmath>
+#include <cstdlib>
+#include <iostream>
+#include <sstream>
+
+#include "diagnostics.h"
+#include "main/stages.h"
+#include "main/streaming.h"
+#include "system/stack_plan.h"
+#include "wpm/progress.h"
+#include "wpm/survey.h"
+
+namespace {
+
+void line(const std::string& name, const std::string& text) {
+  std::cout << name << std::string(name.size() < 13 ? 13 - name.size() : 1, ' ') << text
+            << std::endl;
+}
+
+template <typename... Parts>
+std::string text_of(const Parts&... parts) {
+  std::ostringstream text;
+  (text << ... << parts);
+  return text.str();
+}
+
+std::string bytes_in_words(double bytes) {
+  return bytes < 1e9 ? text_of(std::max(0.1, std::round(bytes * 1e-5) / 10), " MB")
+                     : text_of(std::round(bytes * 1e-8) / 10, " GB");
+}
+
+const char* name_of(component kind) {
+  constexpr const char* kNames[] = {"homog", "grating", "waveguide", "taper",
+                                    "lens",  "asphere", "splitter",  "mzehnder",
+                                    "grin",  "screen",  "file"};
+  return kNames[kind];
+}
+
+void report_grid(const Run& run) {
+  const Grid& g = run.grid;
+  const struct_sysOptions& so = run.description.so;
+  line("grid", text_of(g.nx, " x ", g.ny, " x ", g.nz, " samples, ", so.x, " x ", so.y, " x ", so.z,
+                       " units of ", g.metres, " m"));
+  line("spacing", text_of(g.dx, " x ", g.dy, " x ", g.dz, " m"));
+  line("wavelength", text_of(run.lambda, " m, ", run.lambda / g.dx, " samples in x, ",
+                             run.lambda / g.dy, " in y, ", run.lambda / g.dz, " in z"));
+}
+
+// Planes of a stream: two of E, F and N each, the transforms' and the monitors'.
+void report_memory(const Run& run) {
+  const auto plane = static_cast<double>(run.grid.plane());
+  if (run.is_streamed)
+    line("memory", bytes_in_words(plane * 16 * 12) + ", as slices");
+  else
+    line("memory", bytes_in_words(static_cast<double>(run.grid.voxels()) * 40 + plane * 16 * 8) +
+                       ", as whole volumes" + why_not_streamed(run));
+}
+
+void report_components(const Run& run) {
+  const Description& d = run.description;
+  const std::vector<LayerPlace> places = plan_stack(d);
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    const LayerPlace& place = places[i];
+    std::string where =
+        place.taken > 0 ? text_of(", slices ", place.first, " to ", place.first + place.taken - 1)
+                        : ", no slice";
+    if (d.layers[i].t == SCREEN) where = text_of(", on slice ", place.first);
+    line(text_of("layer ", i + 1), name_of(d.layers[i].t) + where);
+  }
+}
+
+void report_work(const Run& run) {
+  const Options& options = run.options;
+  const IndexSurvey found = survey(*run.stack);
+  const int threads = threads_of(options);
+  line("index", text_of(found.changes, " steps change it; ", found.mean_pairs,
+                        " pairs of indices a step, ", found.most_pairs, " at most"));
+  const double direct = direct_seconds(run.grid, threads);
+  const double fast = fast_seconds(run.grid, found.mean_pairs, threads);
+  const std::string on = text_of(" on ", threads, threads == 1 ? " thread" : " threads");
+  if (options.is_cpu || options.is_gpu) {
+    const bool is_direct = !options.is_fast || direct < fast;
+    line("sum", is_direct ? "direct sum" : "transforms");
+    line(
+        "time",
+        "about " + duration_in_words(options.is_fast ? std::min(direct, fast) : direct) + on +
+            (options.is_fast || direct <= fast ? ""
+                                               : "; with --fast about " + duration_in_words(fast)));
+  } else {
+    line("time", "nothing is propagated; with -p about " + duration_in_words(direct) +
+                     ", with -p --fast about " + duration_in_words(std::min(direct, fast)) + on);
+  }
+}
+
+}  // namespace
+
+void answer_check(Run& run) {
+  if (!run.options.is_check) return;
+  line("file", run.options.config_file);
+  report_grid(run);
+  report_memory(run);
+  report_components(run);
+  report_work(run);
+  const std::vector<std::string>& warnings = diagnostics::warnings();
+  line("warnings", warnings.empty() ? "none" : std::to_string(warnings.size()));
+  for (const std::string& warning : warnings) std::cout << "  " << warning << std::endl;
+  std::exit(warnings.empty() ? 0 : -1);
+}

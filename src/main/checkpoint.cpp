@@ -1,0 +1,235 @@
+#include "main/checkpoint.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <utility>
+
+#include "diagnostics.h"
+#include "main/identity.h"
+#include "wisdom_state.h"
+
+namespace {
+
+constexpr const char* kMagic = "zerith checkpoint 1\n";
+
+// Fields one behind another, each text with its length before it.
+class Packer {
+ public:
+  template <typename T>
+  void put(const T& value) {
+    bytes_.append(reinterpret_cast<const char*>(&value), sizeof value);
+  }
+  void put_text(const std::string& text) {
+    put(std::uint64_t{text.size()});
+    bytes_ += text;
+  }
+  [[nodiscard]] const std::string& bytes() const { return bytes_; }
+
+ private:
+  std::string bytes_;
+};
+
+// The same way back; anything that does not fit leaves it failed.
+class Unpacker {
+ public:
+  explicit Unpacker(std::string bytes) : bytes_(std::move(bytes)) {}
+
+  template <typename T>
+  void take(T& value) {
+    if (!has(sizeof value)) return;
+    std::memcpy(&value, bytes_.data() + at_, sizeof value);
+    at_ += sizeof value;
+  }
+  void take_text(std::string& text) {
+    std::uint64_t size = 0;
+    take(size);
+    if (!has(size)) return;
+    text = bytes_.substr(at_, size);
+    at_ += size;
+  }
+  [[nodiscard]] bool is_good() const { return is_good_; }
+  [[nodiscard]] bool is_at_end() const { return is_good_ && at_ == bytes_.size(); }
+
+ private:
+  bool has(std::uint64_t count) {
+    is_good_ = is_good_ && count <= bytes_.size() - at_;
+    return is_good_;
+  }
+
+  std::string bytes_;
+  std::size_t at_ = 0;
+  bool is_good_ = true;
+};
+
+std::string field_bytes(const std::vector<cpx>& E) {
+  return {reinterpret_cast<const char*>(E.data()), E.size() * sizeof(cpx)};
+}
+
+std::string packed(const RunState& state) {
+  Packer body;
+  body.put(static_cast<std::int32_t>(state.branch));
+  body.put(std::int32_t{state.slice});
+  body.put(state.step_seconds);
+  body.put(state.taken_by_edge);
+  body.put(std::uint64_t{state.marks.size()});
+  for (const Mark& mark : state.marks) body.put_text(mark);
+  body.put_text(field_bytes(state.E));
+  body.put_text(state.wisdom);
+  body.put_text(state.wisdom_single);
+  return body.bytes();
+}
+
+bool unpack(const std::string& body, RunState& state) {
+  Unpacker from(body);
+  std::int32_t branch = 0;
+  std::int32_t slice = 0;
+  std::uint64_t marks = 0;
+  from.take(branch);
+  from.take(slice);
+  from.take(state.step_seconds);
+  from.take(state.taken_by_edge);
+  from.take(marks);
+  state.branch = static_cast<Branch>(branch);
+  state.slice = slice;
+  for (std::uint64_t i = 0; i < marks && from.is_good(); ++i)
+    from.take_text(state.marks.emplace_back());
+  std::string E;
+  from.take_text(E);
+  from.take_text(state.wisdom);
+  from.take_text(state.wisdom_single);
+  state.E.resize(E.size() / sizeof(cpx));
+  std::memcpy(state.E.data(), E.data(), state.E.size() * sizeof(cpx));
+  return from.is_at_end();
+}
+
+// All of text, to the disk.
+bool write_durably(const std::string& name, const std::string& text) {
+  const int descriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  if (descriptor < 0) return false;
+  std::size_t done = 0;
+  while (done < text.size()) {
+    const ssize_t written = write(descriptor, text.data() + done, text.size() - done);
+    if (written < 0 && errno != EINTR) break;
+    if (written > 0) done += static_cast<std::size_t>(written);
+  }
+  const bool is_whole = done == text.size() && fsync(descriptor) == 0;
+  const int error = errno;
+  close(descriptor);
+  errno = error;
+  return is_whole;
+}
+
+volatile std::sig_atomic_t signal_that_came = 0;
+
+void note_signal(int number) {
+  signal_that_came = number;
+  std::signal(number, SIG_DFL);  // the next one acts
+}
+
+}  // namespace
+
+std::optional<RunState> read_checkpoint(const std::string& file, const std::string& identity) {
+  if (file.empty()) return std::nullopt;
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream) {
+    if (errno == ENOENT) return std::nullopt;
+    diagnostics::fail(file + ": the checkpoint cannot be read: " + std::strerror(errno));
+  }
+  std::ostringstream content;
+  content << stream.rdbuf();
+  const std::string text = content.str();
+  const std::size_t magic = std::strlen(kMagic);
+  if (text.compare(0, magic, kMagic) != 0)
+    diagnostics::fail(file +
+                      ": this is no checkpoint of this version; name another file with "
+                      "--checkpoint, or remove it to begin anew");
+  Unpacker from(text.substr(magic));
+  std::string of_run;
+  std::string body;
+  std::string sum;
+  from.take_text(of_run);
+  from.take_text(body);
+  from.take_text(sum);
+  RunState state;
+  if (!from.is_at_end() || sum != hash_of(body) || !unpack(body, state))
+    diagnostics::fail(file + ": the checkpoint is damaged; remove it to begin anew");
+  if (of_run != identity)
+    diagnostics::fail(file +
+                      ": this checkpoint is of another run: the configuration, its input "
+                      "files, the options or the version differ; remove it to begin anew");
+  return state;
+}
+
+void write_checkpoint(const std::string& file, const std::string& identity, const RunState& state) {
+  Packer all;
+  const std::string body = packed(state);
+  all.put_text(identity);
+  all.put_text(body);
+  all.put_text(hash_of(body));
+  const std::string beside = file + ".new";
+  if (write_durably(beside, kMagic + all.bytes()) && std::rename(beside.c_str(), file.c_str()) == 0)
+    return;
+  diagnostics::error(file + ": the checkpoint cannot be written: " + std::strerror(errno) +
+                     "; the run goes on");
+}
+
+HeldSignals::HeldSignals() {
+  std::signal(SIGINT, note_signal);
+  std::signal(SIGTERM, note_signal);
+}
+
+HeldSignals::~HeldSignals() {
+  std::signal(SIGINT, SIG_DFL);
+  std::signal(SIGTERM, SIG_DFL);
+  if (signal_that_came != 0) std::raise(signal_that_came);
+}
+
+StopWatch::StopWatch(std::string file, std::string identity, double every_seconds, Branch branch,
+                     const Grid& grid, std::span<Sink* const> sinks, const double& step_seconds,
+                     const EdgeMask* edge)
+    : file_(std::move(file)),
+      identity_(std::move(identity)),
+      every_(every_seconds),
+      branch_(branch),
+      grid_(grid),
+      sinks_(sinks),
+      step_seconds_(step_seconds),
+      edge_(edge) {}
+
+void StopWatch::write(int k, const Slice& slice) {
+  RunState state;
+  state.branch = branch_;
+  state.slice = k;
+  state.step_seconds = step_seconds_;
+  state.taken_by_edge = edge_ != nullptr ? edge_->taken() : 0.0;
+  for (Sink* sink : sinks_) state.marks.push_back(sink->mark());
+  state.E.assign(slice.E, slice.E + grid_.plane());
+  state.wisdom = fftwpp::wisdom_text();
+  state.wisdom_single = fftwpp::single_wisdom_text();
+  write_checkpoint(file_, identity_, state);
+  written_ = std::chrono::steady_clock::now();
+}
+
+void StopWatch::slice_done(int k, const Slice& slice) {
+  const int signal = signal_that_came;
+  if (!file_.empty() && (signal != 0 || std::chrono::steady_clock::now() - written_ >= every_))
+    write(k, slice);
+  if (signal == 0) return;
+  if (file_.empty())
+    for (Sink* sink : sinks_) sink->mark();  // to the disk
+  diagnostics::progress("");
+  diagnostics::error("stopped by a signal behind slice " + std::to_string(k) + " of " +
+                     std::to_string(grid_.nz - 1) +
+                     (file_.empty() ? "; what is written holds the slices up to there"
+                                    : "; the same command goes on from " + file_));
+  std::signal(signal, SIG_DFL);
+  std::raise(signal);
+}

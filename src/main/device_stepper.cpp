@@ -1,0 +1,95 @@
+#include "main/device_stepper.h"
+
+#include <iostream>
+
+#include "diagnostics.h"
+#include "wpm/axis.h"
+
+namespace {
+
+double2* on_device(cpx* values) {
+  return reinterpret_cast<double2*>(values);
+}
+
+// One axis as the run samples it.
+struct SampledAxis {
+  std::vector<cpx> K;
+  std::vector<double> frequencies, positions;
+
+  SampledAxis(int n, double spacing)
+      : K(static_cast<std::size_t>(n)), positions(static_cast<std::size_t>(n)) {
+    init_X(positions.data(), n, spacing);
+    init_F(K.data(), n, 6.2831853 / (n * spacing));
+    for (const cpx& k : K) frequencies.push_back(k.real());
+  }
+
+  [[nodiscard]] device::SliceAxis view() const {
+    return {static_cast<int>(K.size()), frequencies.data(), positions.data()};
+  }
+  [[nodiscard]] bool is_for_transforms() const {
+    return wpm::is_regular(K.data(), positions.data(), static_cast<int>(K.size()));
+  }
+};
+
+}  // namespace
+
+DeviceStepper::DeviceStepper(const Grid& grid, const StepOptions& options,
+                             const DeviceChoice& choice)
+    : samples_(grid.plane()), field_stays_(choice.field_stays) {
+  if (samples_ == 0) return;
+  const SampledAxis x(grid.nx, grid.dx);
+  const SampledAxis y(grid.ny, grid.dy);
+  device::StepperOptions on_device = {options.k0, options.dz};
+  on_device.do_evanescent_modes = options.do_evanescent_modes;
+  on_device.is_magnetic_field = options.is_magnetic_field;
+  on_device.is_TE = choice.is_TE;
+  on_device.is_trimmed = options.is_trimmed;
+  on_device.is_fast = choice.is_fast && x.is_for_transforms() && y.is_for_transforms();
+  on_device.blockSize = choice.blockSize;
+  stepper_.emplace(x.view(), y.view(), on_device);
+  require_success();
+}
+
+void DeviceStepper::step(const Slice& from, const Slice& to) {
+  if (!stepper_) return;
+  if (!field_stays_ || from.E != made_) stepper_->set_field(on_device(from.E));
+  set_pairs(from, to);
+  stepper_->step();
+  stepper_->fetch(fetches_E_ ? on_device(to.E) : nullptr, fetches_F_ ? to.F : nullptr);
+  require_success();
+  made_ = to.E;
+}
+
+void DeviceStepper::set_pairs(const Slice& from, const Slice& to) {
+  const bool is_known = from.stretch >= 0 && to.stretch >= 0;
+  if (is_known && from.stretch == stretch_from_ && to.stretch == stretch_to_) return;
+  stretch_from_ = is_known ? from.stretch : -1;
+  stretch_to_ = is_known ? to.stretch : -1;
+  find_index_pairs(from.N, to.N, samples_, found_);
+  n_i_.clear();
+  n_t_.clear();
+  for (const IndexPair& pair : found_.pairs) {
+    n_i_.push_back({pair.n_i.real(), pair.n_i.imag()});
+    n_t_.push_back({pair.n_t.real(), pair.n_t.imag()});
+  }
+  stepper_->set_pairs(
+      {static_cast<int>(n_i_.size()), n_i_.data(), n_t_.data(), found_.which.data()});
+}
+
+const char* DeviceStepper::sum_taken() const {
+  return stepper_ && stepper_->is_by_transforms() ? "transforms" : "direct sum";
+}
+
+void DeviceStepper::require_success() const {
+  const device::Failure* failure = stepper_->failure();
+  if (failure == nullptr) return;
+  if (failure->number != 0)
+    std::cout << "\033[31m***ERROR*** " << failure->number << " - "
+              << cudaGetErrorString(static_cast<cudaError_t>(failure->number)) << "***\033[0m"
+              << std::endl;
+  const std::string advice =
+      failure->number == cudaErrorInvalidConfiguration
+          ? "a block edge of 1 to 32 (-b) suits every device"
+          : "make nx and ny smaller if the device is full, or run on the CPU with -p alone";
+  diagnostics::fail(failure->text + "; " + advice);
+}

@@ -1,0 +1,95 @@
+#include "main/hangings.h"
+
+#include <fstream>
+#include <sstream>
+
+#include "data/dataset.h"
+#include "diagnostics.h"
+#include "main/stages.h"
+#include "wpm/sampled_field.h"
+
+namespace {
+
+std::string text_of_file(const std::string& name) {
+  std::ostringstream text;
+  text << std::ifstream(name).rdbuf();
+  return text.str();
+}
+
+// The field of a mode's file on the samples of the grid.
+std::vector<cpx> read_mode(const struct_sysOptions& so, const Monitor& monitor, const Grid& grid) {
+  const SampledField field(
+      {so.sysname, monitor.mode_file, monitor.dataset, 0.0, 0.0, 0.0, monitor.line}, grid);
+  std::vector<cpx> samples;
+  samples.reserve(grid.plane());
+  for (int j = 0; j < grid.ny; ++j)
+    for (int i = 0; i < grid.nx; ++i) samples.push_back(field(grid.x(i), grid.y(j)));
+  return samples;
+}
+
+RunContext context_of(const Run& run) {
+  const struct_sysOptions& so = run.description.so;
+  RunContext context;
+  context.configuration = run.options.config_file;
+  context.text = text_of_file(run.options.config_file);
+  context.options = run.options.text;
+  context.version = VERSION;
+  context.lambda = run.lambda;
+  context.k0 = run.k0;
+  context.outputs = outputs_of(run);
+  context.light_taken = [&run] { return run.edge != nullptr ? run.edge->taken() : 0.0; };
+  context.read_mode = [&so](const Monitor& monitor, const Grid& grid) {
+    return read_mode(so, monitor, grid);
+  };
+  return context;
+}
+
+}  // namespace
+
+void make_hangings(Run& run) {
+  const Description& d = run.description;
+  if (!run.stack->screens().empty())
+    run.screens = std::make_unique<ScreenMask>(run.grid, run.stack->screens(), d.so.sysname);
+  if (d.so.edge > 0)
+    run.edge = std::make_unique<EdgeMask>(run.grid, d.so.edge * d.so.f,
+                                          run.lambda / run.N.data()[0].real());
+  if (d.monitors.empty()) return;
+  run.monitors = make_monitors(d.monitors, run.grid, context_of(run));
+  if (!run.options.is_cpu && !run.options.is_gpu)
+    diagnostics::warn(run.place("monitors record what is propagated; add -p or -g"));
+  else if (run.options.is_cpu && run.options.is_gpu)
+    diagnostics::note("monitors record the field of the CPU");
+}
+
+// Screens before the edge, which takes from what they leave.
+Hangings::Hangings(Run& run, Branch branch) {
+  if (run.is_streamed) add_files(run, branch);
+  for (const std::unique_ptr<Sink>& file : files_) sinks_.push_back(file.get());
+  if (branch == Branch::kCpu || !run.options.is_cpu)
+    for (const std::unique_ptr<Sink>& monitor : run.monitors) sinks_.push_back(monitor.get());
+  if (run.screens != nullptr) masks_.push_back(run.screens.get());
+  if (run.edge == nullptr) return;
+  run.edge->set_taken(0.0);
+  masks_.push_back(run.edge.get());
+}
+
+void Hangings::add_files(const Run& run, Branch branch) {
+  const BranchFiles& names = files_of(branch);
+  const Options& o = run.options;
+  files_.push_back(make_cross_section_sink(names.E, Quantity::kField, o.p, o.layer, run.grid));
+  files_.push_back(make_cross_section_sink(names.F, Quantity::kFlux, o.p, o.layer, run.grid));
+  auto profile = make_flux_profile_sink(names.profile, run.grid);
+  profile_ = profile.get();
+  files_.push_back(std::move(profile));
+}
+
+double Hangings::flux_of_first() const {
+  return profile_ != nullptr ? profile_->flux0() : 0.0;
+}
+
+void Hangings::go_back_to(Run& run, const RunState& state) {
+  if (state.marks.size() != sinks_.size())
+    diagnostics::fail("the checkpoint is of a run with other outputs; remove it to begin anew");
+  for (std::size_t i = 0; i < sinks_.size(); ++i) sinks_[i]->go_back_to(state.marks[i]);
+  if (run.edge != nullptr) run.edge->set_taken(state.taken_by_edge);
+}

@@ -1,0 +1,165 @@
+// What is likely no one's intention among the layers.
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <string_view>
+
+#include "diagnostics.h"
+#include "system/keys.h"
+#include "system/scene.h"
+
+namespace {
+
+using Names = std::vector<std::string_view>;
+
+bool holds(const Names& names, std::string_view name) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// The keys that only some kinds use, apart from the materials.
+Names special_keys(component kind) {
+  switch (kind) {
+    case GRATING:
+      return {"px", "py", "wx", "wy", "duty", "levels"};
+    case WGUIDE:
+      return {"x", "y", "r", "levels", "tiltx", "tilty"};
+    case TAPER:
+      return {"x", "y", "rin", "rout", "levels"};
+    case LENS:
+      return {"r", "levels", "tiltx", "tilty"};
+    case SPLITTER:
+      return {"x", "y", "wx", "wy", "rin", "rout", "levels"};
+    case GRIN:
+      return {"x", "y", "r", "g", "levels"};
+    case SCREEN:
+      return {"x", "y", "r", "wx", "wy", "t", "file", "dataset", "dx", "dy", "levels"};
+    case INDEX_FILE:
+      return {"x", "y", "file", "dataset", "dx", "dy", "dz", "interpolate", "levels"};
+    default:
+      return {};
+  }
+}
+
+bool is_material_key(std::string_view key) {
+  return holds({"n", "k", "ne", "ke", "eps_r", "eps_i", "epse_r", "epse_i"}, key);
+}
+
+// Whether this key of the layer has an effect.
+bool is_used(const struct_layer& l, bool by_permittivity, std::string_view key) {
+  if (is_material_key(key)) {
+    const bool is_second = holds({"ne", "ke", "epse_r", "epse_i"}, key);
+    const bool is_painted =
+        is_second ? uses_second_material(l.t) && !l.over : uses_first_material(l.t);
+    return is_painted && key.starts_with("eps") == by_permittivity;
+  }
+  if (key == "z") return l.t != SCREEN;
+  if (key == "offsetx" || key == "offsety") return l.t != HOMOG;
+  return key == "type" || key == "over" || holds(special_keys(l.t), key);
+}
+
+std::string_view word_of(component kind) {
+  for (const Key<struct_layer>& key : layer_keys()) {
+    if (key.name != "type") continue;
+    struct_layer l;
+    for (const std::string_view word : key.keywords)
+      if (key.store(l, std::string(word)).kind == Reading::kRead && l.t == kind) return word;
+  }
+  return {};
+}
+
+// A value of 0 is what the key has anyway.
+bool is_zero(const std::string& value) {
+  char* end = nullptr;
+  return std::strtod(value.c_str(), &end) == 0 && end != value.c_str();
+}
+
+void advise_on_keys(const Scene& scene, std::size_t i) {
+  const struct_layer& l = scene.d.layers[i];
+  if (l.t == ASPHERE || l.t == MZEHNDER) return;  // reserved: nothing at all is used
+  std::string unused;
+  bool is_material = false;
+  Names named;
+  for (const GivenKey& key : scene.d.layer_keys[i]) {
+    if (is_used(l, scene.d.by_permittivity[i], key.name) || is_zero(key.value)) continue;
+    if (holds(named, key.name)) continue;
+    named.push_back(key.name);
+    is_material = is_material || is_material_key(key.name);
+    unused += (unused.empty() ? "" : ", ") + std::string(key.name);
+  }
+  if (unused.empty()) return;
+  const char* direction =
+      scene.d.by_permittivity[i] ? " with permittivity = 1" : " with permittivity = 0";
+  scene.warn(l.line, "[layer]",
+             joined("type = ", word_of(l.t), l.over ? " with over = 1" : "", " does not use ",
+                    unused, is_material ? direction : ""));
+}
+
+void advise_on_materials(const Scene& scene, std::size_t i) {
+  const struct_layer& l = scene.d.layers[i];
+  if (scene.places[i].taken <= 0) return;
+  const auto is_sound = [](double n, double k) {
+    return std::isfinite(n) && std::isfinite(k) && n >= 0 && (n != 0 || k != 0);
+  };
+  const bool is_eps = scene.d.by_permittivity[i];
+  if (uses_first_material(l.t) && !is_sound(l.n, l.k))
+    scene.warn(l.line, "[layer]",
+               joined("has index ", l.n, ", in which no field makes sense; give it ",
+                      is_eps ? "eps_r" : "n"));
+  if (uses_second_material(l.t) && !l.over && !is_sound(l.ne, l.ke))
+    scene.warn(l.line, "[layer]",
+               joined("has index ", l.ne, " around it, in which no field makes sense; give it ",
+                      is_eps ? "epse_r" : "ne"));
+  const bool is_flat = (l.t == WGUIDE || l.t == LENS) && l.r == 0;
+  const bool is_thin = (l.t == TAPER || l.t == SPLITTER) && l.rin == 0 && l.rout == 0;
+  if (is_flat || is_thin)
+    scene.warn(l.line, "[layer]",
+               is_flat ? "r is 0: it has no body" : "rin and rout are 0: it has no core");
+}
+
+void advise_on_thickness(const Scene& scene, std::size_t i) {
+  const LayerPlace& place = scene.places[i];
+  const struct_layer& l = scene.d.layers[i];
+  if (!place.is_stacked || (l.t == INDEX_FILE && l.z == 0)) return;
+  if (!(l.z > 0))
+    return scene.warn(l.line, "[layer]",
+                      l.z < 0 ? "z is negative: the next layer begins before this one"
+                              : "z is 0: the layer has no thickness and vanishes");
+  const bool is_whole = place.first + place.wanted <= scene.d.so.nz;
+  if (is_whole && place.wanted - place.thickness > 0.1)
+    scene.warn(l.line, "[layer]",
+               joined("z = ", l.z, " is ", place.thickness, " slices and takes ", place.wanted,
+                      "; choose nz so that dz divides it, and all behind it lies where it should"));
+}
+
+// Slices beyond the domain that layers ask for. What rounding alone brings about is said there.
+void advise_on_end(const Scene& scene) {
+  const int nz = scene.d.so.nz;
+  double total = 0;
+  for (const LayerPlace& place : scene.places) {
+    if (!place.is_known || place.thickness < 0) return;
+    if (place.is_stacked) total += place.thickness;
+  }
+  if (nz < 1 || !(total > nz + 0.1)) return;
+  int cut_line = 0;
+  double beyond = 0;
+  for (std::size_t i = 0; i < scene.places.size(); ++i) {
+    const LayerPlace& place = scene.places[i];
+    if (!place.is_stacked || place.taken >= place.wanted) continue;
+    if (cut_line == 0) cut_line = scene.d.layers[i].line;
+    beyond += place.wanted - place.taken;
+  }
+  scene.warn(cut_line, "[layer]",
+             joined("the stack is thicker than the domain: from this layer on it is cut, by ",
+                    beyond, " slices in all"));
+}
+
+}  // namespace
+
+void advise_on_layers(const Scene& scene) {
+  for (std::size_t i = 0; i < scene.d.layers.size(); ++i) {
+    advise_on_keys(scene, i);
+    advise_on_thickness(scene, i);
+    advise_on_materials(scene, i);
+  }
+  advise_on_end(scene);
+}

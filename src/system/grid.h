@@ -1,0 +1,48 @@
+// The grid of a run, and parts of it.
+#pragma once
+
+#include <cstddef>
+
+#include "system/system.h"
+
+// Sizes and spacings, made once and handed to every loop. Sizes are those of the file, 0 included.
+struct Grid {
+  int nx = 0, ny = 0, nz = 0;
+  double dx = 0, dy = 0, dz = 0;  // m; bare products, 0 where the file gives no extent
+  double metres = 1;              // per file unit
+
+  Grid() = default;
+  explicit Grid(const struct_sysOptions& so);
+
+  [[nodiscard]] double ax() const { return nx * dx; }  // extents, m
+  [[nodiscard]] double ay() const { return ny * dy; }
+  [[nodiscard]] double az() const { return nz * dz; }
+
+  // Samples of a slice; voxels of the volume, which may be more than an int counts.
+  [[nodiscard]] std::size_t plane() const;
+  [[nodiscard]] std::size_t voxels() const;
+
+  [[nodiscard]] bool is_square() const { return nx == ny; }
+
+  // Where a sample lies, m: 0 at sample n/2; z from the entry.
+  [[nodiscard]] double x(int i) const {
+    const int middle = nx / 2;
+    return (i - middle) * dx;
+  }
+  [[nodiscard]] double y(int j) const {
+    const int middle = ny / 2;
+    return (j - middle) * dy;
+  }
+  [[nodiscard]] double z(int k) const { return k * dz; }
+};
+
+// A range of columns and of slices of a grid, all rows: what a stream, a rank or a box holds.
+struct Window {
+  int x_begin = 0, x_end = 0;
+  int z_begin = 0, z_end = 0;
+
+  static Window whole(const Grid& grid) { return {0, grid.nx, 0, grid.nz}; }
+  static Window slice(const Grid& grid, int k) { return {0, grid.nx, k, k + 1}; }
+  [[nodiscard]] int columns() const { return x_end - x_begin; }
+  [[nodiscard]] int slices() const { return z_end - z_begin; }
+};

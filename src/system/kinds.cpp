@@ -1,0 +1,80 @@
+// The component kinds, and the rasterisers that paint one of them into a whole volume.
+#include <algorithm>
+
+#include "system/rule.h"
+
+namespace {
+
+Slab slab_in_frame(const struct_sysOptions& so, const struct_layer& l) {
+  const Frame frame(so);
+  return {so, l.z / (frame.dz / frame.metres)};
+}
+
+// The lens works on the file's spacing as it stands, without the metric factor and the substitute
+// of the others: a spacing of 0 takes no slice that could be painted.
+Slab slab_in_file_units(const struct_sysOptions& so, const struct_layer& l) {
+  return {so, l.z / so.dz};
+}
+
+Slab no_slab(const struct_sysOptions& so, const struct_layer& /*l*/) {
+  return {so, 0};
+}
+
+constexpr Kind kKinds[] = {
+    {HOMOG, "create HOMOG ... ", slab_in_frame, make_homog},
+    {GRATING, "create GRATING ... ", slab_in_frame, make_grating},
+    {WGUIDE, "create WGUIDE ... ", slab_in_frame, make_guide},
+    {TAPER, "create TAPER ... ", slab_in_frame, make_taper},
+    {LENS, "create LENS ... ", slab_in_file_units, make_lens},
+    {ASPHERE, "create ASPHERE (not supported yet)", slab_in_frame, nullptr},
+    {SPLITTER, "create SPLITTER ... ", slab_in_frame, make_splitter},
+    {MZEHNDER, "MZEHNDER (not supported yet)", slab_in_frame, nullptr},
+    {GRIN, "create GRIN ... ", slab_in_frame, make_grin},
+    {SCREEN, "create SCREEN ... ", no_slab, nullptr},
+    {INDEX_FILE, "create FILE ... ", slab_of_file, make_index_file},
+};
+
+int rasterise(component t, cpx* N, const struct_sysOptions& so, const struct_layer& l) {
+  const Kind& kind = *kind_of(t);
+  if (t == GRATING) require_grating_periods(&so, l, 0);
+  const Slab slab = kind.slab(so, l);
+  if (kind.rule == nullptr || slab.first >= slab.end) return slab.taken;
+  const Frame frame(so);
+  const Canvas canvas(N, frame, {0, frame.nx, 0, frame.nz});
+  const std::unique_ptr<Rule> rule = kind.rule(so, slab, l);
+  for (int iz = slab.first; iz < slab.end; ++iz) rule->paint(iz, canvas);
+  return slab.taken;
+}
+
+}  // namespace
+
+const Kind* kind_of(component t) {
+  const Kind* kind = std::find_if(std::begin(kKinds), std::end(kKinds),
+                                  [t](const Kind& candidate) { return candidate.t == t; });
+  return kind == std::end(kKinds) ? nullptr : kind;
+}
+
+int init_homog_system(cpx* N, const struct_sysOptions* so, const struct_layer& l) {
+  return rasterise(HOMOG, N, *so, l);
+}
+int init_grating_system(cpx* N, const struct_sysOptions* so, const struct_layer& l) {
+  return rasterise(GRATING, N, *so, l);
+}
+int init_wguide_system(cpx* N, const struct_sysOptions* so, const struct_layer& l) {
+  return rasterise(WGUIDE, N, *so, l);
+}
+int init_taper_system(cpx* N, const struct_sysOptions* so, const struct_layer& l) {
+  return rasterise(TAPER, N, *so, l);
+}
+int init_splitter_system(cpx* N, const struct_sysOptions* so, const struct_layer& l) {
+  return rasterise(SPLITTER, N, *so, l);
+}
+int init_lens_system(cpx* N, const struct_sysOptions* so, const struct_layer& l) {
+  return rasterise(LENS, N, *so, l);
+}
+int init_asphere_system(cpx* N, const struct_sysOptions* so, const struct_layer& l) {
+  return rasterise(ASPHERE, N, *so, l);
+}
+int init_mzehnder_system(cpx* N, const struct_sysOptions* so, const struct_layer& l) {
+  return rasterise(MZEHNDER, N, *so, l);
+}

@@ -1,0 +1,11 @@
+// The grammar of the configuration file.
+#pragma once
+
+#include <istream>
+#include <string>
+
+#include "system/description.h"
+
+// Reads the lines of the file into the records of d, without deriving anything from them: spacings,
+// the unit and the second pair of each material are left alone.
+void parse_lines(std::istream& file, const std::string& filename, Description& d, bool is_quiet);

@@ -1,0 +1,71 @@
+// What a component looks like, slice by slice.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "system/canvas.h"
+#include "system/slab.h"
+#include "system/system.h"
+
+// What begins a signature: how the values behind it are read.
+enum class Look : std::uint64_t {
+  kUniform,
+  kCross,
+  kCore,
+  kLeaning,
+  kArm,
+  kBall,
+  kGraded,
+  kOfItsOwn
+};
+
+// Whatever decides how a slice is painted, as bits: slices with equal signatures are equal.
+class Signature {
+ public:
+  void add(Look look) { bits_.push_back(static_cast<std::uint64_t>(look)); }
+  void add(bool flag) { bits_.push_back(flag ? 1 : 0); }
+  void add(double value) { bits_.push_back(std::bit_cast<std::uint64_t>(value)); }
+  void add(const cpx& value) { add(value.real()), add(value.imag()); }
+  void add_address(const void* p) { bits_.push_back(reinterpret_cast<std::uintptr_t>(p)); }
+  void clear() { bits_.clear(); }
+  friend bool operator==(const Signature&, const Signature&) = default;
+
+ private:
+  std::vector<std::uint64_t> bits_;
+};
+
+// A component at its place in the stack. Made once; paints any of its slices on any canvas.
+class Rule {
+ public:
+  virtual ~Rule() = default;
+  virtual void paint(int iz, const Canvas& canvas) const = 0;
+  virtual void sign(int iz, Signature& signature) const = 0;
+};
+
+// A component kind: what the log says of it, the slices it takes, and its rule. Kinds that are
+// reserved, and screens, have none and paint nothing.
+struct Kind {
+  component t;
+  const char* line;
+  Slab (*slab)(const struct_sysOptions&, const struct_layer&);
+  std::unique_ptr<Rule> (*rule)(const struct_sysOptions&, const Slab&, const struct_layer&);
+};
+
+// Null for a value outside the enumeration.
+const Kind* kind_of(component t);
+
+std::unique_ptr<Rule> make_homog(const struct_sysOptions&, const Slab&, const struct_layer&);
+std::unique_ptr<Rule> make_grating(const struct_sysOptions&, const Slab&, const struct_layer&);
+std::unique_ptr<Rule> make_guide(const struct_sysOptions&, const Slab&, const struct_layer&);
+std::unique_ptr<Rule> make_taper(const struct_sysOptions&, const Slab&, const struct_layer&);
+std::unique_ptr<Rule> make_splitter(const struct_sysOptions&, const Slab&, const struct_layer&);
+std::unique_ptr<Rule> make_grin(const struct_sysOptions&, const Slab&, const struct_layer&);
+std::unique_ptr<Rule> make_equal_bars(const struct_sysOptions&, const struct_layer&);
+std::unique_ptr<Rule> make_index_file(const struct_sysOptions&, const Slab&, const struct_layer&);
+std::unique_ptr<Rule> make_lens(const struct_sysOptions&, const Slab&, const struct_layer&);
+
+// As thick as the layer says, or as deep as its file.
+Slab slab_of_file(const struct_sysOptions&, const struct_layer&);

@@ -1,0 +1,40 @@
+// What advice is given on: a description, and what follows from it.
+#pragma once
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "system/stack_plan.h"
+
+struct Scene {
+  explicit Scene(const Description& description);
+
+  const Description& d;
+  std::vector<LayerPlace> places;
+  double lambda = 0;        // of the run: the first that is not 0, file units
+  double densest = 0;       // the largest index that a layer brings; 0 if none does
+  double entry = 0;         // the index of slice 0, or 0 if it varies or is not known
+  std::size_t counted = 0;  // the waves from here on make the field
+
+  // A warning that begins with the file, the line if it is not 0, and the section's tag.
+  void warn(int line, const char* tag, const std::string& text) const;
+};
+
+// The materials that a layer of this kind paints.
+bool uses_first_material(component kind);
+bool uses_second_material(component kind);
+
+// Whether the index of one slice of the layer depends on x or y.
+bool varies_sideways(const struct_layer& l);
+
+// Its parts, as the default format shows them: "dx = 250 is ...".
+template <typename... Parts>
+std::string joined(const Parts&... parts) {
+  std::ostringstream text;
+  (text << ... << parts);
+  return text.str();
+}
+
+void advise_on_waves(const Scene& scene);
+void advise_on_layers(const Scene& scene);

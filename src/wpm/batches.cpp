@@ -1,0 +1,53 @@
+#include "wpm/batches.h"
+
+#include <algorithm>
+
+#include "diagnostics.h"
+#include "wpm/loops.h"
+
+namespace wpm {
+
+template <typename T>
+AlignedArray<T> allocate_aligned(std::size_t count) {
+  auto* memory = static_cast<T*>(fftw_malloc(std::max<std::size_t>(count, 1) * sizeof(T)));
+  if (memory == nullptr)
+    diagnostics::fail("no memory for a transform, " + std::to_string(count * sizeof(T)) +
+                      " bytes; make nx and ny smaller");
+  std::uninitialized_fill_n(memory, count, T());
+  return AlignedArray<T>(memory);
+}
+template AlignedArray<double> allocate_aligned(std::size_t count);
+template AlignedArray<cpx> allocate_aligned(std::size_t count);
+template AlignedArray<std::complex<float>> allocate_aligned(std::size_t count);
+
+TurningPlane::TurningPlane(int written_lines, int read_lines)
+    : writer_step_(static_cast<std::size_t>(groups_of(read_lines) * kBatch * kBatch + 3 * kBatch)),
+      blocks_(allocate_aligned<cpx>(static_cast<std::size_t>(groups_of(written_lines)) *
+                                    writer_step_)) {}
+
+void TurningPlane::read(int reader, const std::vector<char>& is_live, std::size_t step, cpx* lines,
+                        const float* number, std::complex<float>* drifted) {
+  const auto writers = static_cast<int>(is_live.size());
+  for (int writer = 0; writer < writers; ++writer) {
+    const int begin = writer * kBatch;
+    if (is_live[static_cast<std::size_t>(writer)] == 0) {
+      for (std::size_t line = 0; line < kBatch; ++line) {
+        std::fill_n(lines + line * step + begin, kBatch, 0.0);
+        if (drifted != nullptr)
+          std::fill_n(drifted + line * step + begin, kBatch, std::complex<float>());
+      }
+    } else if (drifted != nullptr) {
+      turn_block(block(writer, reader), step, number + 2 * begin, lines + begin, drifted + begin);
+    } else {
+      turn_block(block(writer, reader), step, lines + begin);
+    }
+  }
+}
+
+Workspace::Workspace(int longest)
+    : in(allocate_aligned<cpx>(kBatch * line_step(longest))),
+      out(allocate_aligned<cpx>(kBatch * line_step(longest))),
+      drift_in(allocate_aligned<std::complex<float>>(kBatch * line_step(longest))),
+      drift_out(allocate_aligned<std::complex<float>>(kBatch * line_step(longest))) {}
+
+}  // namespace wpm

@@ -1,0 +1,75 @@
+// Transforms of eight lines at a time, and the plane through which lines become columns.
+#pragma once
+
+#include <fftw3.h>
+
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "many1d.h"
+#include "system/system.h"
+
+namespace wpm {
+
+// Lines are handled in groups of this many.
+constexpr int kBatch = 8;
+
+constexpr int groups_of(int n) {
+  return (n + kBatch - 1) / kBatch;
+}
+constexpr int lines_of_group(int n, int group) {
+  return n - group * kBatch < kBatch ? n - group * kBatch : kBatch;
+}
+
+// Storage aligned for the transforms.
+template <typename T>
+struct AlignedDelete {
+  void operator()(T* memory) const { fftw_free(memory); }
+};
+template <typename T>
+using AlignedArray = std::unique_ptr<T[], AlignedDelete<T>>;
+
+// count values of 0; ends the process with a message where there is no memory.
+template <typename T>
+AlignedArray<T> allocate_aligned(std::size_t count);
+
+// A plane on its way from lines in one direction to lines in the other: a writer brings eight
+// lines, a reader takes eight of the others. In blocks of 8 x 8 values, those of a writer side by
+// side, so that both touch memory in long runs; padded, so that a reader's blocks do not share
+// cache sets.
+class TurningPlane {
+ public:
+  // Of written_lines lines that hold read_lines values each.
+  TurningPlane(int written_lines, int read_lines);
+
+  // The block of a writer and a reader, [line of the writer][line of the reader].
+  [[nodiscard]] cpx* block(int writer, int reader) {
+    return blocks_.get() + static_cast<std::size_t>(writer) * writer_step_ +
+           static_cast<std::size_t>(reader) * kBatch * kBatch;
+  }
+  // The reader's lines, step apart, with room for whole groups of values. Where a writer is not
+  // live, nothing was written and zeros are read.
+  // If drifted is given, it takes the lines times number, [2 * values], in single precision.
+  void read(int reader, const std::vector<char>& is_live, std::size_t step, cpx* lines,
+            const float* number = nullptr, std::complex<float>* drifted = nullptr);
+
+ private:
+  std::size_t writer_step_;
+  AlignedArray<cpx> blocks_;
+};
+
+// What a thread works in: eight lines each of the input and the output of a transform, and of its
+// companion in single precision.
+struct Workspace {
+  explicit Workspace(int longest);
+  AlignedArray<cpx> in, out;
+  AlignedArray<std::complex<float>> drift_in, drift_out;
+};
+
+// The step between lines in a workspace: room for whole groups, kept out of each other's sets.
+constexpr std::size_t line_step(int n) {
+  return static_cast<std::size_t>(groups_of(n)) * static_cast<std::size_t>(kBatch) + 4;
+}
+
+}  // namespace wpm

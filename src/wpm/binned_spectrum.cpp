@@ -1,0 +1,148 @@
+#include "wpm/binned_spectrum.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <numeric>
+
+#include "wpm/loops.h"
+#include "wpm/modes.h"
+#include "wpm/threads.h"
+
+namespace wpm {
+namespace {
+
+constexpr double kPass = 2.0;  // ns a sample, of the cheapest of the passes here
+constexpr double kTameAmplitude = 1e15;
+
+bool is_turned_here(const Axis& x, const Axis& y) {
+  return x.n == y.n && x.n % 2 == 0;
+}
+
+}  // namespace
+
+BinnedSpectrum::BinnedSpectrum(const Axis& x, const Axis& y, std::vector<Workspace>& workspaces)
+    : x_(x),
+      y_(y),
+      workspaces_(workspaces),
+      f_(allocate_aligned<cpx>(at(x.n) * at(y.n))),
+      power_(allocate_aligned<double>(at(x.folds) * at(y.n))),
+      kept_in_(at(x.n)),
+      is_tame_in_(at(x.n)),
+      plane_(is_turned_here(x, y) ? y.n : 0, x.n),
+      is_live_(at(groups_of(y.n)), 1) {
+  if (!is_turned_here(x, y)) {
+    whole_ = std::make_unique<Spectrum>(y.n, x.n);
+    power_of_bin_ = allocate_aligned<double>(at(x.n) * at(y.n));
+    return;
+  }
+  const auto step = static_cast<int>(line_step(x.n));
+  Workspace& work = workspaces_.front();
+  rows_ = std::make_unique<fftwpp::fft1d_many>(fftwpp::many_layout{x.n, kBatch, 1, x.n, 1, step},
+                                               -1, work.in.get(), work.out.get());
+  columns_ = std::make_unique<fftwpp::fft1d_many>(
+      fftwpp::many_layout{y.n, kBatch, 1, step, 1, step}, -1, work.in.get(), work.out.get());
+}
+
+const cpx* BinnedSpectrum::column(int bin_x) const {
+  return f_.get() + at(bin_x) * at(y_.n);
+}
+cpx* BinnedSpectrum::column(int bin_x) {
+  return f_.get() + at(bin_x) * at(y_.n);
+}
+const double* BinnedSpectrum::power(int fold_x) const {
+  return power_.get() + at(fold_x) * at(y_.n);
+}
+
+void BinnedSpectrum::take(cpx* E) {
+  const double work = kPass * x_.n * y_.n;
+  if (whole_ != nullptr) {
+    const cpx* S = whole_->of(E);
+    share_out(x_.n, 5 * work, [&](int bin_x, int /*worker*/) { bin(bin_x, S); });
+  } else {
+    share_out(groups_of(y_.n), work,
+              [&](int group, int worker) { transform_rows(group, E, workspaces_[at(worker)]); });
+    share_out(groups_of(x_.n), work,
+              [&](int group, int worker) { transform_columns(group, workspaces_[at(worker)]); });
+  }
+  kept_ = std::accumulate(kept_in_.begin(), kept_in_.end(), std::size_t{0});
+  is_tame_ = std::find(is_tame_in_.begin(), is_tame_in_.end(), 0) == is_tame_in_.end();
+  share_out(x_.folds, work / 4, [&](int fold_x, int /*worker*/) { find_power(fold_x); });
+}
+
+void BinnedSpectrum::transform_rows(int group, cpx* E, Workspace& work) {
+  const std::size_t row_size = at(x_.n);
+  cpx* rows = E + at(group * kBatch) * row_size;
+  const int count = lines_of_group(y_.n, group);
+  const bool is_aligned = reinterpret_cast<std::uintptr_t>(rows) % sizeof(cpx) == 0;
+  if (count < kBatch || !is_aligned) {
+    std::copy_n(rows, at(count) * row_size, work.in.get());
+    rows = work.in.get();
+  }
+  rows_->fft(rows, work.out.get());
+  const std::size_t step = line_step(x_.n);
+  for (int reader = 0; reader < groups_of(x_.n); ++reader)
+    for (std::size_t line = 0; line < kBatch; ++line)
+      std::copy_n(work.out.get() + line * step + at(reader * kBatch), kBatch,
+                  plane_.block(group, reader) + line * kBatch);
+}
+
+void BinnedSpectrum::transform_columns(int group, Workspace& work) {
+  const std::size_t step = line_step(y_.n);
+  plane_.read(group, is_live_, step, work.in.get());
+  columns_->fft(work.in.get(), work.out.get());
+  const double to_amplitude = 1.0 / (static_cast<double>(x_.n) * y_.n);
+  for (int line = 0; line < lines_of_group(x_.n, group); ++line) {
+    const int bin_x = group * kBatch + line;
+    const Taken taken =
+        take_amplitudes(y_.n, work.out.get() + at(line) * step, to_amplitude, column(bin_x));
+    kept_in_[at(bin_x)] = taken.kept;
+    is_tame_in_[at(bin_x)] = taken.is_tame ? 1 : 0;
+  }
+}
+
+// Brings the frequencies that have the bin to it, with their phases. On odd sizes the last one
+// shares bin 0 with the first.
+void BinnedSpectrum::bin(int bin_x, const cpx* S) {
+  const double to_amplitude = 1.0 / (static_cast<double>(x_.n) * y_.n);
+  cpx* f = column(bin_x);
+  double* power = power_of_bin_.get() + at(bin_x) * at(y_.n);
+  std::fill_n(f, y_.n, 0.0);
+  std::fill_n(power, y_.n, 0.0);
+  kept_in_[at(bin_x)] = 0;
+  is_tame_in_[at(bin_x)] = 1;
+  for (int p = 0; p < x_.n; ++p) {
+    if (x_.bin[at(p)] != bin_x) continue;
+    for (int q = 0; q < y_.n; ++q) {
+      const cpx s = S[at(q) * at(x_.n) + at(p)];
+      if (is_weak(s)) continue;
+      const cpx amplitude = s * to_amplitude;
+      const double modulus_sq = std::norm(amplitude);
+      if (!(modulus_sq < kTameAmplitude * kTameAmplitude)) is_tame_in_[at(bin_x)] = 0;
+      power[y_.bin[at(q)]] += modulus_sq;
+      f[y_.bin[at(q)]] += amplitude * (x_.phase[at(p)] * y_.phase[at(q)]);
+      ++kept_in_[at(bin_x)];
+    }
+  }
+}
+
+void BinnedSpectrum::find_power(int fold_x) {
+  double* power = power_.get() + at(fold_x) * at(y_.n);
+  std::fill_n(power, y_.n, 0.0);
+  const int mirror = (x_.n - fold_x) % x_.n;
+  add_power_of(fold_x, power);
+  if (mirror != fold_x) add_power_of(mirror, power);
+  fold_power(y_.n, power);
+}
+
+void BinnedSpectrum::add_power_of(int bin_x, double* power) const {
+  if (is_empty(bin_x)) return;
+  if (whole_ == nullptr) {
+    add_power(y_.n, column(bin_x), power);
+    return;
+  }
+  const double* of_bin = power_of_bin_.get() + at(bin_x) * at(y_.n);
+  for (int bin_y = 0; bin_y < y_.n; ++bin_y) power[bin_y] += of_bin[bin_y];
+}
+
+}  // namespace wpm

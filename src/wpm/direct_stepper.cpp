@@ -1,0 +1,38 @@
+// The reference's sums, one step at a time.
+#include "wpm/sampling.h"
+#include "wpm/spectrum.h"
+#include "wpm/stepper.h"
+#include "wpm/superposition.h"
+
+namespace wpm {
+namespace {
+
+class DirectStepper : public CpuStepper {
+ public:
+  DirectStepper(const Grid& grid, const StepOptions& options)
+      : grid_(grid), options_(options), axes_(grid), spectrum_(grid.ny, grid.nx) {}
+
+  void step(const Slice& from, const Slice& to) override {
+    const cpx* S = spectrum_.of(from.E);
+    superpose(plane_waves(S, axes_.KX.data(), axes_.KY.data(), grid_.ny, grid_.nx), options_,
+              {to.E, to.F, from.N, to.N, axes_.X.data(), axes_.Y.data(), grid_.ny, grid_.nx});
+    ++counts_.direct;
+  }
+
+  [[nodiscard]] const char* sum_taken() const override { return "direct sum"; }
+  [[nodiscard]] SumCounts counts() const override { return counts_; }
+
+ private:
+  Grid grid_;
+  StepOptions options_;
+  Sampling axes_;
+  Spectrum spectrum_;
+  SumCounts counts_;
+};
+
+}  // namespace
+}  // namespace wpm
+
+std::unique_ptr<CpuStepper> make_direct_stepper(const Grid& grid, const StepOptions& options) {
+  return std::make_unique<wpm::DirectStepper>(grid, options);
+}

@@ -1,0 +1,30 @@
+#include "wpm/health.h"
+
+#include <cmath>
+
+Health health_of(const cpx* E, std::size_t count) {
+  bool is_dark = true;
+  for (std::size_t s = 0; s < count; ++s) {
+    if (!std::isfinite(E[s].real()) || !std::isfinite(E[s].imag())) return Health::kNotFinite;
+    is_dark = is_dark && E[s] == 0.0;
+  }
+  return is_dark ? Health::kDark : Health::kLight;
+}
+
+void HealthWatch::look_at(int k, const cpx* E) {
+  if (found_ != Health::kLight || first_ != Health::kLight) return;
+  const Health health = health_of(E, plane_);
+  if (k == 0) first_ = health;
+  found_ = k == 0 ? Health::kLight : health;
+  where_ = k;
+}
+
+std::string HealthWatch::verdict() const {
+  if (found_ == Health::kLight) return "";
+  return std::string("the field is ") + (found_ == Health::kDark ? "zero" : "not finite") +
+         " from slice " + std::to_string(where_) + " on" +
+         (found_ == Health::kDark
+              ? "; plane waves below 0.0001 of the raw transform are dropped, so a field that is "
+                "faint everywhere is lost: give [wave] a larger amp, or look for a slice of index 0"
+              : "; look for a negative extinction (gain) or an index that is not a number");
+}

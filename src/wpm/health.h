@@ -1,0 +1,29 @@
+// Whether a field is still light: neither zero everywhere nor infinite nor NaN.
+#pragma once
+
+#include <string>
+
+#include "wpm/march.h"
+
+enum class Health { kLight, kDark, kNotFinite };
+
+// Of count samples from E on. A zero everywhere is dark; one sample that is not finite decides.
+Health health_of(const cpx* E, std::size_t count);
+
+// Watches a run and keeps the first slice that is ill behind one that is well. A run that begins
+// ill is not its business.
+class HealthWatch : public SliceWatcher {
+ public:
+  explicit HealthWatch(const Grid& grid) : plane_(grid.plane()) {}
+  void slice_done(int k, const Slice& slice) override { look_at(k, slice.E); }
+  void look_at(int k, const cpx* E);
+
+  // "", or what a user should hear: "the field is zero from slice 12 on".
+  [[nodiscard]] std::string verdict() const;
+
+ private:
+  std::size_t plane_;
+  Health first_ = Health::kLight;
+  Health found_ = Health::kLight;
+  int where_ = 0;
+};

@@ -1,0 +1,217 @@
+#include "wpm/loops.h"
+
+#include <cstring>
+
+#include "wpm/modes.h"
+
+// The loops are compiled once more for processors with wider registers and chosen when the program
+// is loaded. Neither form contracts or reorders arithmetic, so both give the same bits.
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && \
+    !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#define ZERITH_WIDE [[gnu::target_clones("avx2", "default")]]
+#else
+#define ZERITH_WIDE
+#endif
+
+namespace wpm {
+namespace {
+
+constexpr double kTameAmplitude = 1e15;
+constexpr double kWeak = 1e-8;  // the square of the cut-off
+constexpr double kUnsure = 1e-6;
+
+// Two complex numbers, re im re im. What cannot be said by a plain loop without the compiler
+// taking the numbers apart one by one is said in these.
+using Two = double __attribute__((vector_size(32)));
+using TwoSingle = float __attribute__((vector_size(16)));
+using TwoMask = long long __attribute__((vector_size(32)));
+
+template <typename Vector, typename T>
+[[gnu::always_inline]] inline Vector load(const T* from) {
+  Vector v;
+  std::memcpy(&v, from, sizeof v);
+  return v;
+}
+template <typename Vector, typename T>
+[[gnu::always_inline]] inline void store(const Vector& v, T* to) {
+  std::memcpy(static_cast<void*>(to), &v, sizeof v);
+}
+
+// The plain product: operands are finite, and the standard one's recovery of infinities costs.
+[[gnu::always_inline]] inline Two product(const Two& a, const Two& b) {
+  const Two re = __builtin_shufflevector(b, b, 0, 0, 2, 2);
+  const Two im = __builtin_shufflevector(b, b, 1, 1, 3, 3);
+  const Two straight = a * re;
+  const Two crossed = __builtin_shufflevector(a, a, 1, 0, 3, 2) * im;
+  return __builtin_shufflevector(straight - crossed, straight + crossed, 0, 5, 2, 7);
+}
+
+[[gnu::always_inline]] inline cpx product(const cpx& a, const cpx& b) {
+  return {a.real() * b.real() - a.imag() * b.imag(), a.imag() * b.real() + a.real() * b.imag()};
+}
+
+[[gnu::always_inline]] inline Two corrected(const Two& row, const std::complex<float>* correction,
+                                            const double* drift) {
+  const auto c = load<TwoSingle>(correction);
+  const Two crossed = __builtin_convertvector(__builtin_shufflevector(c, c, 1, 0, 3, 2), Two);
+  return row + load<Two>(drift) * crossed;
+}
+[[gnu::always_inline]] inline cpx corrected(const cpx& row, const std::complex<float>& c,
+                                            const double* drift) {
+  return {row.real() + drift[0] * static_cast<double>(c.imag()),
+          row.imag() + drift[1] * static_cast<double>(c.real())};
+}
+
+[[gnu::always_inline]] inline std::complex<float> drifted_one(const cpx& value,
+                                                              const float* number) {
+  return {static_cast<float>(value.real()) * number[0],
+          static_cast<float>(value.imag()) * number[1]};
+}
+
+}  // namespace
+
+ZERITH_WIDE Taken take_amplitudes(int n, const cpx* S, double scale, cpx* f) {
+  const double tame = kTameAmplitude / scale * (kTameAmplitude / scale);
+  TwoMask kept{};
+  TwoMask is_strange{};
+  TwoMask is_unsure{};
+  int a = 0;
+  for (; a + 2 <= n; a += 2) {
+    const auto s = load<Two>(S + a);
+    const Two squares = s * s;
+    const Two modulus = squares + __builtin_shufflevector(squares, squares, 1, 0, 3, 2);
+    const TwoMask is_strong = ~(modulus < kWeak);  // a NaN is not weak
+    const Two amplitude = s * scale;
+    store(reinterpret_cast<Two>(reinterpret_cast<TwoMask>(amplitude) & is_strong), f + a);
+    kept -= is_strong;
+    is_strange |= ~(modulus < tame);
+    is_unsure |= (modulus > kWeak * (1 - kUnsure)) & (modulus < kWeak * (1 + kUnsure));
+  }
+  Taken taken;
+  taken.kept = static_cast<std::size_t>(kept[0] + kept[2]);
+  taken.is_tame = (is_strange[0] | is_strange[2]) == 0;
+  if ((is_unsure[0] | is_unsure[2]) != 0) a = 0, taken.kept = 0;  // too close: one by one
+  for (; a < n; ++a) {
+    const bool is_kept = !is_weak(S[a]);
+    f[a] = is_kept ? S[a] * scale : 0.0;
+    taken.kept += is_kept ? 1 : 0;
+    if (is_kept && !(std::norm(S[a]) < tame)) taken.is_tame = false;
+  }
+  return taken;
+}
+
+ZERITH_WIDE void apply_transfer(int n, const cpx* f, const cpx* factor, const float* number,
+                                cpx* row, std::complex<float>* drifted) {
+  const auto one = [&](int a, int fold) {
+    row[a] = product(f[a], factor[fold]);
+    drifted[a] = drifted_one(row[a], number + 2 * a);
+  };
+  const auto two = [&](int a, const Two& t) {
+    const Two value = product(load<Two>(f + a), t);
+    store(value, row + a);
+    store(__builtin_convertvector(value, TwoSingle) * load<TwoSingle>(number + 2 * a), drifted + a);
+  };
+  const int half = n / 2;
+  int a = 0;
+  for (; a + 2 <= half + 1; a += 2) two(a, load<Two>(factor + a));
+  if (a < half + 1) one(a, a), ++a;
+  for (; a + 2 <= n; a += 2) {
+    const auto t = load<Two>(factor + (n - a - 1));
+    two(a, __builtin_shufflevector(t, t, 2, 3, 0, 1));
+  }
+  if (a < n) one(a, n - a);
+}
+
+ZERITH_WIDE void turn_block(const cpx* from, std::size_t step, const float* number, cpx* to,
+                            std::complex<float>* drifted) {
+  for (std::size_t a = 0; a < 8; a += 2)
+    for (std::size_t b = 0; b < 8; b += 2) {
+      const auto above = load<Two>(from + 8 * b + a);
+      const auto below = load<Two>(from + 8 * b + 8 + a);
+      const auto numbers = load<TwoSingle>(number + 2 * b);
+      const Two even = __builtin_shufflevector(above, below, 0, 1, 4, 5);
+      const Two odd = __builtin_shufflevector(above, below, 2, 3, 6, 7);
+      store(even, to + a * step + b);
+      store(odd, to + (a + 1) * step + b);
+      store(__builtin_convertvector(even, TwoSingle) * numbers, drifted + a * step + b);
+      store(__builtin_convertvector(odd, TwoSingle) * numbers, drifted + (a + 1) * step + b);
+    }
+}
+
+ZERITH_WIDE void turn_block(const cpx* from, std::size_t step, cpx* to) {
+  for (std::size_t a = 0; a < 8; a += 2)
+    for (std::size_t b = 0; b < 8; b += 2) {
+      const auto above = load<Two>(from + 8 * b + a);
+      const auto below = load<Two>(from + 8 * b + 8 + a);
+      store(__builtin_shufflevector(above, below, 0, 1, 4, 5), to + a * step + b);
+      store(__builtin_shufflevector(above, below, 2, 3, 6, 7), to + (a + 1) * step + b);
+    }
+}
+
+ZERITH_WIDE void correct_into_blocks(int n, const cpx* row, const std::complex<float>* correction,
+                                     std::size_t step, const double* drift, cpx* blocks) {
+  for (int begin = 0; begin < n; begin += 8)
+    for (std::size_t line = 0; line < 8; ++line)
+      for (int a = begin; a < begin + 8; a += 2, blocks += 2)
+        store(corrected(load<Two>(row + line * step + a), correction + line * step + a,
+                        drift + 2 * a),
+              blocks);
+}
+
+ZERITH_WIDE void add_corrected(int n, const cpx* row, const std::complex<float>* correction,
+                               const double* drift, cpx* out) {
+  int a = 0;
+  for (; a + 2 <= n; a += 2)
+    store(load<Two>(out + a) + corrected(load<Two>(row + a), correction + a, drift + 2 * a),
+          out + a);
+  for (; a < n; ++a) out[a] += corrected(row[a], correction[a], drift + 2 * a);
+}
+
+ZERITH_WIDE void add_weighted(int n, const cpx* row, const std::complex<float>* correction,
+                              const double* drift, const cpx* weight, cpx* out) {
+  int a = 0;
+  for (; a + 2 <= n; a += 2)
+    store(load<Two>(out + a) + product(corrected(load<Two>(row + a), correction + a, drift + 2 * a),
+                                       load<Two>(weight + a)),
+          out + a);
+  for (; a < n; ++a) out[a] += product(corrected(row[a], correction[a], drift + 2 * a), weight[a]);
+}
+
+ZERITH_WIDE void add_power(int n, const cpx* f, double* power) {
+  for (int a = 0; a < n; ++a) power[a] += f[a].real() * f[a].real() + f[a].imag() * f[a].imag();
+}
+
+ZERITH_WIDE void fold_power(int n, double* power) {
+  for (int a = 1; a < n - a; ++a) power[a] += power[n - a];
+}
+
+// One chain of additions would be all latency.
+ZERITH_WIDE double weighted_sum(int n, const double* power, const double* factor) {
+  Two strands[2] = {{0.0, 0.0, 0.0, 0.0}, {0.0, 0.0, 0.0, 0.0}};
+  int a = 0;
+  for (; a + 8 <= n; a += 8) {
+    strands[0] += load<Two>(power + a) * load<Two>(factor + a);
+    strands[1] += load<Two>(power + a + 4) * load<Two>(factor + a + 4);
+  }
+  const Two sum = strands[0] + strands[1];
+  double total = (sum[0] + sum[1]) + (sum[2] + sum[3]);
+  for (; a < n; ++a) total += power[a] * factor[a];
+  return total;
+}
+
+ZERITH_WIDE int length_of_run(int n, const cpx* N) {
+  using Bits = TwoMask;
+  const cpx twice[2] = {N[0], N[0]};
+  const auto first = load<Bits>(twice);
+  int a = 0;
+  for (; a + 8 <= n; a += 8) {
+    const Bits differs = ((load<Bits>(N + a) ^ first) | (load<Bits>(N + a + 2) ^ first)) |
+                         ((load<Bits>(N + a + 4) ^ first) | (load<Bits>(N + a + 6) ^ first));
+    if (((differs[0] | differs[1]) | (differs[2] | differs[3])) != 0) break;
+  }
+  // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): representations are what is compared
+  while (a < n && std::memcmp(N + a, N, sizeof(cpx)) == 0) ++a;
+  return a;
+}
+
+}  // namespace wpm

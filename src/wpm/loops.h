@@ -1,0 +1,52 @@
+// The loops over samples that the fast sums spend their time in. Complex arrays are pairs of
+// numbers, n counts complex values.
+#pragma once
+
+#include <cstddef>
+
+#include "system/system.h"
+
+namespace wpm {
+
+// Raw transform values to amplitudes.
+struct Taken {
+  std::size_t kept = 0;  // that are not weak
+  bool is_tame = true;   // finite and far from overflow, so that their squares are
+};
+// f = S * scale, weak values to 0.
+Taken take_amplitudes(int n, const cpx* S, double scale, cpx* f);
+
+// row[q] = f[q] * factor[min(q, n - q)], and drifted = row * number in single precision.
+//   factor  [n/2 + 1];  number  [2n], each twice
+void apply_transfer(int n, const cpx* f, const cpx* factor, const float* number, cpx* row,
+                    std::complex<float>* drifted);
+
+// A block of 8 x 8 values into eight lines, to[a][b] = from[b][a], and drifted = to * number in
+// single precision; lines are step apart, number is [16].
+void turn_block(const cpx* from, std::size_t step, const float* number, cpx* to,
+                std::complex<float>* drifted);
+// The first alone.
+void turn_block(const cpx* from, std::size_t step, cpx* to);
+
+// Eight lines row + i * drift * correction, step apart, as blocks of 8 x 8 values, line by line;
+// drift is [2n]: -drift, drift for each value, and n a multiple of 8.
+void correct_into_blocks(int n, const cpx* row, const std::complex<float>* correction,
+                         std::size_t step, const double* drift, cpx* blocks);
+// out += row + i * drift * correction.
+void add_corrected(int n, const cpx* row, const std::complex<float>* correction,
+                   const double* drift, cpx* out);
+// out += weight * the same, each value with its own.
+void add_weighted(int n, const cpx* row, const std::complex<float>* correction, const double* drift,
+                  const cpx* weight, cpx* out);
+
+// power[q] += |f[q]|^2.
+void add_power(int n, const cpx* f, double* power);
+// power[q] += power[n - q] for 0 < q < n - q.
+void fold_power(int n, double* power);
+// The sum of power * factor, in strands of a fixed order.
+double weighted_sum(int n, const double* power, const double* factor);
+
+// How many of the n > 0 samples from the first on have the same bits as it.
+int length_of_run(int n, const cpx* N);
+
+}  // namespace wpm

@@ -1,0 +1,84 @@
+#include "wpm/pair_runs.h"
+
+#include <algorithm>
+
+#include "wpm/batches.h"
+#include "wpm/loops.h"
+#include "wpm/threads.h"
+
+namespace wpm {
+
+void IndexRuns::find(const Slice& slice, int ny, int nx) {
+  if (slice.stretch >= 0 && slice.stretch == stretch) return;
+  stretch = slice.stretch;
+  rows.resize(static_cast<std::size_t>(ny));
+  constexpr double kSample = 0.4;  // ns
+  share_out(groups_of(ny), kSample * nx * ny, [&](int group, int /*worker*/) {
+    for (int j = group * kBatch; j < group * kBatch + lines_of_group(ny, group); ++j) {
+      const cpx* row = slice.N + static_cast<std::size_t>(j) * static_cast<std::size_t>(nx);
+      auto& runs = rows[static_cast<std::size_t>(j)];
+      runs.clear();
+      for (int end = 0; end < nx;) {
+        const cpx& n = row[end];
+        end += length_of_run(nx - end, row + end);
+        runs.push_back({end, n});
+      }
+    }
+  });
+}
+
+PairRuns::PairRuns(const Grid& grid) : nx_(grid.nx), ny_(grid.ny) {}
+
+std::uint32_t PairRuns::place_of(const IndexPair& pair) {
+  // Neighbours in a column are mostly alike.
+  if (!runs_.empty() && same_bits(pairs_[runs_.back().pair], pair)) return runs_.back().pair;
+  const auto [entry, is_new] = places_.try_emplace(pair, static_cast<std::uint32_t>(pairs_.size()));
+  if (is_new) pairs_.push_back(pair);
+  return entry->second;
+}
+
+void PairRuns::find(const Slice& from, const Slice& to) {
+  const bool is_known = from.stretch >= 0 && from.stretch == from_.stretch && to.stretch >= 0 &&
+                        to.stretch == to_.stretch;
+  if (is_known) return;
+  // Mostly the slice that was stepped to is the one that is stepped from.
+  std::swap(from_, to_);
+  from_.find(from, ny_, nx_);
+  to_.find(to, ny_, nx_);
+
+  pairs_.clear();
+  places_.clear();
+  runs_.clear();
+  group_begin_.assign(1, 0);
+  for (int group = 0; group < groups_of(ny_); ++group) {
+    for (int row = group * kBatch; row < group * kBatch + lines_of_group(ny_, group); ++row) {
+      auto i = from_.rows[static_cast<std::size_t>(row)].begin();
+      auto t = to_.rows[static_cast<std::size_t>(row)].begin();
+      for (int begin = 0; begin < nx_;) {
+        const int end = std::min(i->end, t->end);
+        runs_.push_back({place_of({i->n, t->n}), row, begin, end});
+        if (i->end == end) ++i;
+        if (t->end == end) ++t;
+        begin = end;
+      }
+    }
+    std::stable_sort(runs_.begin() + static_cast<std::ptrdiff_t>(group_begin_.back()), runs_.end(),
+                     [](const Run& a, const Run& b) { return a.pair < b.pair; });
+    group_begin_.push_back(runs_.size());
+  }
+}
+
+std::span<const Run> PairRuns::in_group(int group) const {
+  const std::size_t begin = group_begin_[static_cast<std::size_t>(group)];
+  return {runs_.data() + begin, group_begin_[static_cast<std::size_t>(group) + 1] - begin};
+}
+
+std::span<const Run> PairRuns::in_group(int group, std::uint32_t pair) const {
+  const std::span<const Run> runs = in_group(group);
+  const auto [begin, end] =
+      std::equal_range(runs.begin(), runs.end(), Run{pair, 0, 0, 0},
+                       [](const Run& a, const Run& b) { return a.pair < b.pair; });
+  return {begin, end};
+}
+
+}  // namespace wpm

@@ -1,0 +1,57 @@
+// Where the pairs of indices of a step lie.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <unordered_map>
+#include <vector>
+
+#include "wpm/index_pairs.h"
+#include "wpm/slice.h"
+
+namespace wpm {
+
+// Neighbouring samples of a row that have the same pair.
+struct Run {
+  std::uint32_t pair;  // its place in pairs
+  int row;
+  int begin, end;  // samples
+};
+
+// Where the index of a slice changes along its rows.
+struct IndexRuns {
+  struct Stretch {
+    int end;  // begins where the one before it ends
+    cpx n;
+  };
+  int stretch = -1;                        // the slice's number; -1: not known
+  std::vector<std::vector<Stretch>> rows;  // [ny]
+
+  void find(const Slice& slice, int ny, int nx);
+};
+
+// The pairs of a step, distinct to the bit in order of first appearance, and their samples as runs.
+class PairRuns {
+ public:
+  explicit PairRuns(const Grid& grid);
+
+  // Finds those of a step. Of a stretch of slices that are alike the first is looked at.
+  void find(const Slice& from, const Slice& to);
+
+  [[nodiscard]] const std::vector<IndexPair>& pairs() const { return pairs_; }
+  // The runs in eight rows: all of them, by pair, and those of a pair.
+  [[nodiscard]] std::span<const Run> in_group(int group) const;
+  [[nodiscard]] std::span<const Run> in_group(int group, std::uint32_t pair) const;
+
+ private:
+  int nx_, ny_;
+  std::uint32_t place_of(const IndexPair& pair);
+
+  IndexRuns from_, to_;
+  std::vector<IndexPair> pairs_;
+  std::unordered_map<IndexPair, std::uint32_t, HashBits, SameBits> places_;
+  std::vector<Run> runs_;  // by group, then by pair
+  std::vector<std::size_t> group_begin_;
+};
+
+}  // namespace wpm

@@ -1,0 +1,52 @@
+#include "wpm/rolling_pair.h"
+
+#include <algorithm>
+
+namespace {
+
+std::size_t place(int k) {
+  return static_cast<std::size_t>(k % 2);
+}
+
+}  // namespace
+
+RollingPair::RollingPair(const IndexStack& stack, const cpx* E0, const double* F0) : stack_(stack) {
+  const std::size_t plane = stack.grid().plane();
+  slices_[0].E.assign(E0, E0 + plane);
+  slices_[0].F.assign(F0, F0 + plane);
+  slices_[1].E.resize(plane);
+  slices_[1].F.resize(plane);
+  for (std::vector<cpx>& plane_of_index : index_) plane_of_index.resize(plane);
+  stack_.paint(index_[0].data(), Window::slice(stack_.grid(), 0));
+}
+
+// A slice that equals the one before it shares its index plane; another is painted into the free
+// one.
+void RollingPair::paint(int k) {
+  const std::size_t last = slices_[place(k + 1)].index;
+  std::size_t& mine = slices_[place(k)].index;
+  mine = last;
+  if (stack_.stretch(k) == stack_.stretch(k - 1)) return;
+  mine = 1 - last;
+  stack_.paint(index_[mine].data(), Window::slice(stack_.grid(), k));
+}
+
+Slice RollingPair::at(int k) {
+  Buffers& slice = slices_[place(k)];
+  if (k == newest_ + 1) {
+    newest_ = k;
+    std::fill(slice.E.begin(), slice.E.end(), 0.0);
+    std::fill(slice.F.begin(), slice.F.end(), 0.0);
+    paint(k);
+  }
+  return {slice.E.data(), slice.F.data(), index_[slice.index].data(), stack_.stretch(k)};
+}
+
+void RollingPair::go_on_at(int k, const cpx* E) {
+  newest_ = k;
+  Buffers& slice = slices_[place(k)];
+  std::copy(E, E + slice.E.size(), slice.E.begin());
+  std::fill(slice.F.begin(), slice.F.end(), 0.0);
+  slice.index = 0;
+  stack_.paint(index_[0].data(), Window::slice(stack_.grid(), k));
+}

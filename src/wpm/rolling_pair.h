@@ -1,0 +1,33 @@
+// Slices of a stream: the two that a step needs, and nothing else.
+#pragma once
+
+#include <vector>
+
+#include "system/index_stack.h"
+#include "wpm/slice.h"
+
+class RollingPair : public Slices {
+ public:
+  // E0, F0: the incident slice, [ny][nx], copied. The stack must outlive the pair.
+  RollingPair(const IndexStack& stack, const cpx* E0, const double* F0);
+
+  // Slices in order: k is the newest one or the next.
+  Slice at(int k) override;
+
+  // Continues a run at slice k, whose field is E, [ny][nx].
+  void go_on_at(int k, const cpx* E);
+
+ private:
+  struct Buffers {
+    std::vector<cpx> E;
+    std::vector<double> F;
+    std::size_t index = 0;  // which of the index planes is this slice's
+  };
+
+  void paint(int k);
+
+  const IndexStack& stack_;
+  Buffers slices_[2];          // slice k stands in slices_[k % 2]
+  std::vector<cpx> index_[2];  // two of them: equal neighbours share one
+  int newest_ = 0;
+};

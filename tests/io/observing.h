@@ -1,0 +1,92 @@
+// Scenes seen through monitors.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "io/io.h"
+#include "support/process.h"
+#include "support/scene.h"
+
+// Lengths of monitors in um.
+inline Grid grid_of(const Scene& scene) {
+  Grid grid;
+  grid.nx = scene.nx;
+  grid.ny = scene.ny;
+  grid.nz = scene.nz;
+  grid.dx = scene.dx;
+  grid.dy = scene.dy;
+  grid.dz = scene.dz;
+  grid.metres = 1e-6;
+  return grid;
+}
+
+inline Slice slice_of(Scene& scene, int k) {
+  const std::size_t first = scene.index(k, 0, 0);
+  return {&scene.E[first], &scene.F[first], &scene.N[first]};
+}
+
+inline RunContext context_of(const Scene& scene) {
+  RunContext run;
+  run.configuration = "a.cfg";
+  run.text = "[global]\nnx = 8\n[/global]\n";
+  run.options = "-i a.cfg -p";
+  run.version = "Version 0.10";
+  run.k0 = scene.k0;
+  run.lambda = 6.2831853 / scene.k0;
+  return run;
+}
+
+inline std::unique_ptr<Sink> monitor_of(const Scene& scene, const Monitor& monitor) {
+  return std::move(make_monitors({monitor}, grid_of(scene), context_of(scene)).at(0));
+}
+
+inline void observe(Sink& sink, Scene& scene, int first = 0) {
+  for (int k = first; k < scene.nz; ++k) sink.take(k, slice_of(scene, k));
+  sink.finish();
+}
+
+// A table by its columns, units cut off.
+struct TableContents {
+  std::vector<std::string> names;
+  std::vector<std::vector<double>> rows;
+
+  explicit TableContents(const std::string& text) : rows(csv_rows(text)) {
+    std::istringstream header(text.substr(0, text.find('\n')));
+    for (std::string name; std::getline(header, name, ',');)
+      names.push_back(name.substr(0, name.find(" [")));
+    if (!rows.empty()) rows.erase(rows.begin());
+  }
+  [[nodiscard]] double at(std::size_t row, const std::string& name) const {
+    for (std::size_t i = 0; i < names.size(); ++i)
+      if (names[i] == name && row < rows.size()) return rows[row].at(i);
+    ADD_FAILURE() << "no row " << row << " of column " << name;
+    return std::nan("");
+  }
+};
+
+// A monitor of a type, with its file in the directory.
+inline Monitor monitor(MonitorType type, const TempDir& directory, const std::string& name) {
+  Monitor m;
+  m.type = type;
+  m.file = directory.path(name).string();
+  m.line = 7;
+  return m;
+}
+
+// A run that was stopped behind any slice leaves, gone on in another process, the same bytes.
+inline void expect_going_on(Scene& scene, Monitor m, const TempDir& directory) {
+  m.file = directory.path("whole").string();
+  observe(*monitor_of(scene, m), scene);
+  m.file = directory.path("again").string();
+  for (int stop = 0; stop < scene.nz; ++stop) {
+    const auto first = monitor_of(scene, m), second = monitor_of(scene, m);
+    for (int k = 0; k <= stop; ++k) first->take(k, slice_of(scene, k));
+    const Mark mark = first->mark();
+    if (stop + 1 < scene.nz) first->take(stop + 1, slice_of(scene, stop + 1));
+    second->go_back_to(mark);
+    observe(*second, scene, stop + 1);
+    EXPECT_EQ(directory.read("again"), directory.read("whole")) << "stopped behind slice " << stop;
+  }
+}

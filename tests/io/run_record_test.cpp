@@ -1,0 +1,93 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <csignal>
+#include <sstream>
+
+#include "io/io.h"
+#include "support/process.h"
+
+namespace {
+
+const std::string kHeader =
+    "cfile;kernel_id;block_size;nz;ny;nx;kernel_time;cpu_time;err-max;speed-up\n";
+
+TEST(RunRecord, HasOneHeaderAndTenColumns) {
+  const TempDir directory;
+  const std::string name = directory.path("r.csv").string();
+  store_results(name, "a;b.cfg", 0, 16, 3, 4, 5, 2.0, -1.0, -1.0);
+  store_results(name, "", 1, 32, 6, 7, 8, 0.0, 1e7, NAN);
+  EXPECT_EQ(directory.read("r.csv"), kHeader +
+                                         "a;b.cfg;0;16;3;4;5;2;-1;-1;-0.5\n"
+                                         ";1;32;6;7;8;0;1e+07;nan;inf\n");
+}
+
+TEST(RunRecord, OfAnotherHandIsAppendedTo) {
+  const TempDir directory;
+  for (const char* before : {"", "my own notes\n"}) {
+    directory.write("r.csv", before);
+    store_results(directory.path("r.csv").string(), "a", 0, 16, 1, 1, 1, 1.0, -1.0, -1.0);
+    EXPECT_EQ(directory.read("r.csv"), before + std::string("a;0;16;1;1;1;1;-1;-1;-1\n"));
+  }
+}
+
+// Processes that begin one record together, by its name and by a link that led nowhere.
+TEST(RunRecord, TakesTheRowsOfManyProcessesWhole) {
+  constexpr int kProcesses = 16, kRows = 20;
+  const TempDir directory;
+  std::filesystem::create_symlink("r.csv", directory.path("link"));
+  const int gate = open(directory.path().c_str(), O_RDONLY);
+  ASSERT_EQ(flock(gate, LOCK_EX), 0);  // all wait for the folder
+  for (int child = 0; child < kProcesses; ++child)
+    if (fork() == 0) {
+      close(gate);
+      const std::string name = directory.path(child % 2 == 0 ? "r.csv" : "link").string();
+      for (int row = 0; row < kRows; ++row)
+        store_results(name, std::string(1000, 'x'), child, row, 3, 4, 5, 2.0, -1.0, -1.0);
+      _exit(0);
+    }
+  usleep(20000);
+  EXPECT_FALSE(directory.has("r.csv"));
+  close(gate);
+  for (int child = 0; child < kProcesses; ++child) EXPECT_GT(wait(nullptr), 0);
+  std::istringstream record(directory.read("r.csv"));
+  std::string line;
+  std::getline(record, line);
+  EXPECT_EQ(line + "\n", kHeader);
+  std::vector<std::string> rows, expected;
+  while (std::getline(record, line)) rows.push_back(line);
+  for (int child = 0; child < kProcesses; ++child)
+    for (int row = 0; row < kRows; ++row)
+      expected.push_back(std::string(1000, 'x') + ";" + std::to_string(child) + ";" +
+                         std::to_string(row) + ";3;4;5;2;-1;-1;-0.5");
+  std::sort(rows.begin(), rows.end());
+  std::sort(expected.begin(), expected.end());
+  EXPECT_EQ(rows, expected);
+}
+
+// A disk that fills up within a row: the error shows the row, the record stays whole.
+TEST(RunRecord, LosesNoRowInSilence) {
+  const TempDir directory;
+  const std::string name = directory.path("r.csv").string();
+  store_results(name, std::string(4000, 'x'), 0, 16, 3, 4, 5, 2.0, -1.0, -1.0);
+  const std::string before = directory.read("r.csv");
+  const auto write_on_a_full_disk = [&] {
+    const rlimit limit = {// of the error stream too, which is shorter
+                          before.size() + 10, before.size() + 10};
+    std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    store_results(name, "second", 0, 16, 3, 4, 5, 2.0, -1.0, -1.0);
+    _exit(0);
+  };
+  EXPECT_EXIT(write_on_a_full_disk(), testing::ExitedWithCode(0),
+              "error: .*r.csv: a row is lost, .*; the row is second;0;16;3;4;5;2;-1;-1;-0.5\n$");
+  EXPECT_EQ(directory.read("r.csv"), before);
+}
+
+}  // namespace

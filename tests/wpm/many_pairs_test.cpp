@@ -1,0 +1,97 @@
+// Many pairs of indices by a few functions, within a tolerance.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "support/scene.h"
+#include "wpm/skeleton.h"
+
+namespace {
+
+// A graded lens, thicker along z if it grows, lit by a beam off its axis: dozens of indices.
+Scene graded_lens(bool grows, double extinction, double tolerance) {
+  Scene scene(48, 48, 6, 0.35e-6, 0.3e-6, 0.2e-6, 1e-6);
+  scene.is_trimmed = false;
+  scene.tolerance = tolerance;
+  for (int k = 0; k < scene.nz; ++k)
+    for (int j = 0; j < scene.ny; ++j)
+      for (int i = 0; i < scene.nx; ++i) {
+        const double x = scene.X[static_cast<std::size_t>(i)];
+        const double y = scene.Y[static_cast<std::size_t>(j)];
+        const double profile = std::exp(-(x * x + y * y) / 25e-12) * (grows ? 1 + 0.02 * k : 1.0);
+        const double rise = std::round(60 * profile) / 60;
+        scene.N[scene.index(k, j, i)] = {1.5 + 0.02 * rise, extinction * rise};
+      }
+  scene.illuminate([](double x, double y) {
+    return 1e3 * std::exp(-((x - 1e-6) * (x - 1e-6) + y * y) / 3e-12);
+  });
+  return scene;
+}
+
+// The bound is the user's, for each of five steps; the flux is held likewise.
+TEST(ManyPairs, StayWithinTheTolerance) {
+  for (const bool grows : {false, true})
+    for (const double extinction : {0.0, 0.01})
+      for (const double tolerance : {1e-4, grows ? 1e-3 : 1e-6}) {
+        Scene exact = graded_lens(grows, extinction, 0);
+        Scene few = graded_lens(grows, extinction, tolerance);
+        EXPECT_EQ(exact.propagate_by(make_fast_stepper).interpolated, 0);
+        EXPECT_EQ(few.propagate_by(make_fast_stepper).interpolated, 5);
+        const SliceDifference last = difference(exact, few, 5);
+        EXPECT_LE(last.field, 5 * tolerance) << grows << ' ' << extinction;
+        EXPECT_GT(last.field, 1e-12) << "so it has not been summed pair by pair";
+        EXPECT_LE(last.flux, 5 * tolerance) << grows << ' ' << extinction;
+      }
+}
+
+// What was found at a few samples is an error that there is.
+TEST(ManyPairs, SayWhatErrorWasFound) {
+  Scene scene = graded_lens(true, 0.0, 1e-4);
+  const auto stepper = make_fast_stepper(scene.grid(), scene.options());
+  Scene exact = scene;
+  exact.tolerance = 0;
+  const std::size_t plane = scene.grid().plane();
+  EXPECT_EQ(stepper->error_found(), 0.0);
+  stepper->step({scene.E.data(), scene.F.data(), scene.N.data()},
+                {&scene.E[plane], &scene.F[plane], &scene.N[plane]});
+  exact.propagate_by(make_fast_stepper);
+  EXPECT_GT(stepper->error_found(), 0.0);
+  EXPECT_LE(stepper->error_found(), 1.01 * difference(exact, scene, 1).field);
+}
+
+// Steps of trimmed coefficients, and cut-offs in a spectrum that is full at them, are not smooth.
+TEST(ManyPairs, LeaveToTheExactSumWhatIsNotSmooth) {
+  Scene trimmed = graded_lens(true, 0.0, 1e-6);
+  trimmed.is_trimmed = true;
+  EXPECT_EQ(trimmed.propagate_by(make_fast_stepper).interpolated, 0);
+  Scene sharp = graded_lens(false, 0.0, 1e-6);
+  sharp.illuminate([](double x, double y) { return x * x + y * y < 1e-12 ? 1e3 : 0.0; });
+  EXPECT_LT(sharp.propagate_by(make_fast_stepper).interpolated, 5);
+}
+
+// Random rows of rank three: three of them make up all others.
+TEST(Skeleton, FindsTheRank) {
+  std::mt19937 generator(1);
+  std::normal_distribution<double> normal;
+  wpm::Rows rows(9, std::vector<cpx>(20));
+  for (int rank = 0; rank < 3; ++rank) {
+    std::vector<cpx> direction(20);
+    for (cpx& value : direction) value = {normal(generator), normal(generator)};
+    for (auto& row : rows) {
+      const cpx part(normal(generator), normal(generator));
+      for (std::size_t k = 0; k < row.size(); ++k) row[k] += part * direction[k];
+    }
+  }
+  const wpm::Skeleton skeleton = wpm::skeleton_of(rows, 1e-9);
+  ASSERT_EQ(skeleton.chosen.size(), 3U);
+  for (std::size_t row = 0; row < rows.size(); ++row)
+    for (std::size_t k = 0; k < 20; ++k) {
+      cpx sum = 0.0;
+      for (std::size_t r = 0; r < 3; ++r)
+        sum += skeleton.weights[row][r] * rows[skeleton.chosen[r]][k];
+      EXPECT_NEAR(std::abs(sum - rows[row][k]), 0.0, 1e-12);
+    }
+}
+
+}  // namespace

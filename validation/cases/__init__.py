@@ -1,0 +1,1 @@
+"""Cases: each yields rows that hold figures of runs to closed forms."""
