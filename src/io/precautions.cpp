@@ -51,8 +51,11 @@ void refuse_own_input(const std::string& input, const std::vector<std::string>& 
   if (stat(input.c_str(), &read) != 0 || !S_ISREG(read.st_mode)) return;
   for (const std::string& output : outputs)
     if (stat(output.c_str(), &written) == 0 && is_same_file(read, written))
-      diagnostics::fail(input + ": the run reads this file and would write " + output +
-                        ", which is the same; copy it to another name, or run in another folder");
+      diagnostics::fail(std::string(input)
+                            .append(": the run reads this file and would write ")
+                            .append(output)
+                            .append(", which is the same; copy it to another name, or run in "
+                                    "another folder"));
 }
 
 void empty_results(const std::vector<std::string>& names) {

@@ -23,6 +23,7 @@ class StraightCore : public RoundBody {
 
   static std::vector<double> distances(int n, double spacing, double centre) {
     std::vector<double> u;
+    u.reserve(n);
     for (int i = 0; i < n; ++i) u.push_back(i * spacing - centre);
     return u;
   }
@@ -139,7 +140,8 @@ class SplitterArm : public RoundBody {
   // Starts at 0 (the constant is the arctangent of pi) and rises towards 1.61, not 1: the final
   // displacement is about 1.6 times wx and wy.
   [[nodiscard]] double atan_shape(double liz) const {
-    return (std::atan((6.2831853 / taken_) * (liz - taken_ / 2)) + 1.262627255348652) / 1.570796325;
+    const int middle = taken_ / 2;
+    return (std::atan((6.2831853 / taken_) * (liz - middle)) + 1.262627255348652) / 1.570796325;
   }
   // The sum of two equal squares: the disc's radius is radius * sqrt(2).
   [[nodiscard]] double threshold(double liz) const {

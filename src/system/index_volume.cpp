@@ -19,8 +19,10 @@ data::Sampling sampling_of(const data::Dataset& set, const struct_sysOptions& so
   if (l.file_dx > 0 && l.file_dy > 0) {
     sampling.spacing[0] = l.file_dx * so.f;
     sampling.spacing[1] = l.file_dy * so.f;
-    sampling.origin[0] = -(set.columns() / 2) * sampling.spacing[0];
-    sampling.origin[1] = -(set.rows() / 2) * sampling.spacing[1];
+    const int middle_column = set.columns() / 2;
+    const int middle_row = set.rows() / 2;
+    sampling.origin[0] = -middle_column * sampling.spacing[0];
+    sampling.origin[1] = -middle_row * sampling.spacing[1];
   } else if (!set.sampling()) {
     diagnostics::fail(data::place(so.sysname, l.line) + ": " + set.name() +
                       " has no attribute Spacing; say by dx, dy and dz how far its samples are "
@@ -56,12 +58,14 @@ double IndexVolume::slice_of(int slice_of_layer) const {
 }
 
 double IndexVolume::row_of(int iy) const {
-  const double y = (iy - frame_.ny / 2) * frame_.dy - offset_y_;
+  const int middle = frame_.ny / 2;
+  const double y = (iy - middle) * frame_.dy - offset_y_;
   return settled((y - sampling_.origin[1]) / sampling_.spacing[1]);
 }
 
 double IndexVolume::column_of(int ix) const {
-  const double x = (ix - frame_.nx / 2) * frame_.dx - offset_x_;
+  const int middle = frame_.nx / 2;
+  const double x = (ix - middle) * frame_.dx - offset_x_;
   return settled((x - sampling_.origin[0]) / sampling_.spacing[0]);
 }
 

@@ -60,7 +60,7 @@ using Wave = struct_emfield;
 template <auto... Sigmas>
 Reading waist(Wave& wave, const std::string& value) {
   double radius = 0;
-  const Reading reading = read_real_within(value, kPositive, radius);
+  Reading reading = read_real_within(value, kPositive, radius);
   if (reading.kind == Reading::kRead)
     ((wave.*Sigmas = radius / std::sqrt(3.14159265)), ...);  // pi as the source has it
   return reading;

@@ -24,7 +24,7 @@ Reading whole(Record& record, const std::string& value) {
 template <auto Field, typename Record>
 Reading whole_extent(Record& record, const std::string& value) {
   int read = 0;
-  const Reading reading = read_whole(value, read);
+  Reading reading = read_whole(value, read);
   record.*Field = read;
   return reading;
 }
@@ -49,7 +49,7 @@ Reading strict_real(Record& record, const std::string& value) {
 template <auto Field, const Range& Within, typename Record>
 Reading optional_real(Record& record, const std::string& value) {
   double read = 0;
-  const Reading reading = read_real_within(value, Within, read);
+  Reading reading = read_real_within(value, Within, read);
   if (reading.kind == Reading::kRead) record.*Field = read;
   return reading;
 }
