@@ -27,7 +27,7 @@ class fft1d_many : public fftw {
   many_layout layout;
 };
 
-// Single precision, for what needs no more.
+// Single precision, for what needs no more. The plan depends on the layout alone.
 class fft1f_many {
  public:
   using Single = std::complex<float>;

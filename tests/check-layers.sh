@@ -1,6 +1,7 @@
 #!/bin/sh
 # Fails on an include that runs against the layers: inc and fftw++ below all, then system, wpm and
-# kernel (which sees CUDA alone), io above wpm, main on top and included by nobody.
+# kernel (which sees CUDA alone), io above wpm, main on top and included by nobody; and on one that
+# reaches into another unit past the headers that it shows.
 set -eu
 cd "${1:-.}"
 status=0
@@ -28,4 +29,24 @@ if grep -rln 'standin\.h' src | grep -v '^src/kernel/launch\.h$'; then
 fi
 # Input data sets: at the bottom, beside the messages.
 forbid src/data 'system/|wpm/|kernel/|io/|main/|fftw'
+
+# shows UNIT HEADER...: its other headers are its own.
+shows() {
+  unit=$1
+  shift
+  shown=$(printf '%s|' "$@")
+  if grep -rnE "#include \"$unit/" src inc fftw++ standin | grep -v "^src/$unit/" |
+    grep -vE "\"$unit/(${shown%|})\.h\""; then
+    echo "these headers of src/$unit are its own" >&2
+    status=1
+  fi
+}
+
+shows data dataset
+shows system system grid index_stack description monitor advice stack_plan keys suggest
+shows wpm wpm slice sink march stepper edge screens rolling_pair whole_volume survey health progress \
+  threads sampled_field lp01 axis modes index_pairs
+shows kernel kernel
+shows io io
+shows main
 exit $status

@@ -3,6 +3,7 @@
 #include <hdf5.h>
 
 #include "diagnostics.h"
+#include "io/io.h"
 
 bool writes_field_files() {
   return true;

@@ -35,9 +35,6 @@ struct FieldPlaces {
   std::int64_t slices_written = 0;  // a 64-bit count of the slices that hold the field
 };
 
-// Whether the program was built with HDF5.
-bool writes_field_files();
-
 // Creates the file, complete but for its numbers, which are 0 and lie in one piece for each array,
 // in this machine's format: what follows writes them where they belong, without the library, and
 // whenever that stops the file can be read. Ends the process if the file cannot be had; `where`

@@ -11,6 +11,7 @@
 #include "diagnostics.h"
 #include "io/box.h"
 #include "io/field_file.h"
+#include "io/io.h"
 #include "io/marks.h"
 #include "io/monitors.h"
 #include "io/output_file.h"

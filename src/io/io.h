@@ -45,6 +45,9 @@ double store_flux_profile(const double* F, const Grid& grid, const std::string& 
 
 // --- The same files, slice by slice
 
+// Whether the program was built with HDF5, which files of the field are written by.
+bool writes_field_files();
+
 // Whether the cross-sections of a run that holds only a few slices can be written: on square grids
 // those of one plane and all planes across z.
 bool can_stream(plane p, int s, const Grid& grid);

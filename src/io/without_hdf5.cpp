@@ -1,6 +1,7 @@
 // What stands for files of the field where the program was built without HDF5.
 #include "diagnostics.h"
 #include "io/field_file.h"
+#include "io/io.h"
 
 bool writes_field_files() {
   return false;

@@ -3,9 +3,14 @@
 
 #include <filesystem>
 
+#include "io/io.h"
 #include "support/process.h"
 
 namespace {
+
+const char* const kMonitors =
+    "[monitor]\ntype = field\nfile = box.h5\nsave = E,flux,index\nevery = 3\nx1 = -2\nx2 = 3\n"
+    "[/monitor]\n[monitor]\ntype = beam\nfile = beam.csv\nevery = 2\n[/monitor]\n";
 
 std::string scene(int nz) {
   return "[global]\nscale = um\npolarization = te\nx = 9\ny = 8\nz = 20\nnx = 24\nny = 24\nnz = " +
@@ -20,10 +25,9 @@ std::string scene(int nz) {
 void expect_same_files(const TempDir& a, const TempDir& b) {
   for (const auto& entry : std::filesystem::directory_iterator(a.path())) {
     const std::string name = entry.path().filename();
-    if (name == "wisdom3.txt" || name == "a.cfg" || name == "log") continue;
-    // The two runs measure their plans in single precision apart, which moves a last digit now and
-    // then; the run that goes on has those of the run that was stopped.
-    EXPECT_EQ(differing_values(a.read(name), b.read(name)), 0U) << name;
+    if (name != "wisdom3.txt" && name != "a.cfg" && name != "log") {
+      EXPECT_TRUE(a.read(name) == b.read(name)) << name;
+    }
   }
 }
 
@@ -32,23 +36,32 @@ void expect_to_survive(const std::string& options) {
   SCOPED_TRACE(options);
   const TempDir whole;
   const TempDir stopped;
-  whole.write("a.cfg", scene(160));
-  stopped.write("a.cfg", scene(160));
-  // Both plan alike: a plan that is measured anew may differ in the last bit.
-  ASSERT_EQ(run_shell(whole, "$ZERITH -i a.cfg " + options + " > log").status, 0);
+  const std::string description = scene(90) + (writes_field_files() ? kMonitors : "");
+  whole.write("a.cfg", description);
+  stopped.write("a.cfg", description);
+  // Both plan alike: a plan that is measured anew may differ in the last bit. Both have the same
+  // options, which the file of the field tells of.
+  const std::string command =
+      "$ZERITH -i a.cfg --checkpoint here --checkpoint-every 0 " + options + " > log";
+  ASSERT_EQ(run_shell(whole, command).status, 0);
   std::filesystem::copy_file(whole.path("wisdom3.txt"), stopped.path("wisdom3.txt"));
-  const RunResult run =
-      run_shell(stopped,
-                "for t in 02 05 03 08 04 11 06 09 07 05 12 04 10 06 08 03 07 09 05 06; do\n"
-                "  $ZERITH -i a.cfg --checkpoint here --checkpoint-every 0 " +
-                    options +
-                    " > log 2>&1 &\n"
-                    "  sleep 0.$t; kill -KILL $! 2>/dev/null; wait $! 2>/dev/null\n"
-                    "  [ -e here ] && seen=1\n"
-                    "done\n"
-                    "[ -n \"$seen\" ] || exit 3\n"
-                    "exec $ZERITH -i a.cfg --checkpoint here --checkpoint-every 0 " +
-                    options + " > log");
+  // Half of the kills wait for a checkpoint of this start: however busy the machine, the run moves
+  // on. The others fall where they fall, into planning, writing or the first steps.
+  const RunResult run = run_shell(
+      stopped,
+      "killed=0\nfor t in 02 05 03 08 04 11 06 09 07 05 12 04 10 06 08 03 07 09 05 06; do\n"
+      "  rm -f before; [ ! -e here ] || ln here before\n"
+      "  " +
+          command +
+          " 2>&1 &\n"
+          "  while [ $((killed % 2)) -eq 0 ] && kill -0 $! 2>/dev/null &&\n"
+          "        { [ ! -e here ] || [ here -ef before ]; }; do sleep 0.01; done\n"
+          "  sleep 0.$t; kill -KILL $! 2>/dev/null; wait $! 2>/dev/null\n"
+          "  [ -e here ] && killed=$((killed + 1))\n"
+          "done\n"
+          "rm -f before; [ $killed -gt 5 ] || exit 3\n"
+          "exec " +
+          command);
   EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_FALSE(stopped.has("here"));
   expect_same_files(whole, stopped);
