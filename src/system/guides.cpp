@@ -23,7 +23,7 @@ class StraightCore : public RoundBody {
 
   static std::vector<double> distances(int n, double spacing, double centre) {
     std::vector<double> u;
-    u.reserve(n);
+    u.reserve(static_cast<std::size_t>(n));
     for (int i = 0; i < n; ++i) u.push_back(i * spacing - centre);
     return u;
   }

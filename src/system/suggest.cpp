@@ -63,8 +63,11 @@ std::string_view nearest_name(std::string_view name, const std::vector<std::stri
   std::size_t best = core.size() < 5 ? 2 : 3;
   std::string_view nearest;
   for (const std::string_view candidate : known) {
+    // Each letter that one name has more than the other is an edit.
+    const std::size_t longer = std::max(core.size(), candidate.size());
+    if (longer - std::min(core.size(), candidate.size()) >= best) continue;
     const std::size_t distance = edit_distance(core, candidate);
-    if (distance >= best || distance >= std::max(core.size(), candidate.size())) continue;
+    if (distance >= best || distance >= longer) continue;
     best = distance;
     nearest = candidate;
   }
