@@ -139,7 +139,6 @@ IndexStack::IndexStack(struct_sysOptions& so, const std::vector<struct_layer>& l
       continue;
     }
     log << "\t\t\t\t" << kind->line << std::endl;
-    if (l.t == GRATING) require_grating_periods(&so, l, number);
     if (l.t == SCREEN) {
       require_in_domain(so, l);
       inside_->screens.push_back({so.izlast, l});
@@ -148,6 +147,7 @@ IndexStack::IndexStack(struct_sysOptions& so, const std::vector<struct_layer>& l
     if (l.over && !base)
       fail_at(so, l, "over = 1 paints over the layer before it, and there is none");
     const Slab slab = l.over ? slab_over(*base, *kind, so, l) : kind->slab(so, l);
+    if (l.t == GRATING) require_grating_periods(so, slab, l, number);
     if (!l.over) {
       base = slab;
       so.izlast += slab.taken;

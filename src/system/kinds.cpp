@@ -36,8 +36,8 @@ constexpr Kind kKinds[] = {
 
 int rasterise(component t, cpx* N, const struct_sysOptions& so, const struct_layer& l) {
   const Kind& kind = *kind_of(t);
-  if (t == GRATING) require_grating_periods(&so, l, 0);
   const Slab slab = kind.slab(so, l);
+  if (t == GRATING) require_grating_periods(so, slab, l, 0);
   if (kind.rule == nullptr || slab.first >= slab.end) return slab.taken;
   const Frame frame(so);
   const Canvas canvas(N, frame, {0, frame.nx, 0, frame.nz});

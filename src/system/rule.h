@@ -57,6 +57,11 @@ struct Kind {
 // Null for a value outside the enumeration.
 const Kind* kind_of(component t);
 
+// Ends the process with exit(-1) if a grating takes a slice and its period is under two samples in
+// x or y. number: its place among the layers, from 1, for the message; 0 if unknown.
+void require_grating_periods(const struct_sysOptions& so, const Slab& slab, const struct_layer& l,
+                             int number);
+
 std::unique_ptr<Rule> make_homog(const struct_sysOptions&, const Slab&, const struct_layer&);
 std::unique_ptr<Rule> make_grating(const struct_sysOptions&, const Slab&, const struct_layer&);
 std::unique_ptr<Rule> make_guide(const struct_sysOptions&, const Slab&, const struct_layer&);

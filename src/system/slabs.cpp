@@ -136,12 +136,13 @@ void require_period(const struct_sysOptions& so, const char* key, double period,
 
 }  // namespace
 
-void require_grating_periods(const struct_sysOptions* so, const struct_layer& l, int number) {
+void require_grating_periods(const struct_sysOptions& so, const Slab& slab, const struct_layer& l,
+                             int number) {
   if (l.duty > 0) return;  // bars of their own, to which no sample counts whole
-  const Frame frame(*so);
-  if (Slab(*so, l.z / (frame.dz / frame.metres)).taken <= 0) return;
-  require_period(*so, "px", l.px, frame.dx / frame.metres, number);
-  require_period(*so, "py", l.py, frame.dy / frame.metres, number);
+  if (slab.taken <= 0) return;
+  const Frame frame(so);
+  require_period(so, "px", l.px, frame.dx / frame.metres, number);
+  require_period(so, "py", l.py, frame.dy / frame.metres, number);
 }
 
 std::unique_ptr<Rule> make_homog(const struct_sysOptions& so, const Slab& /*slab*/,

@@ -194,7 +194,3 @@ int init_splitter_system(cpx* N, const struct_sysOptions* so, const struct_layer
 int init_lens_system(cpx* N, const struct_sysOptions* so, const struct_layer& l);
 int init_asphere_system(cpx* N, const struct_sysOptions* so, const struct_layer& l);
 int init_mzehnder_system(cpx* N, const struct_sysOptions* so, const struct_layer& l);
-
-// Ends the process with exit(-1) if the grating l takes a slice and its period is under two samples
-// in x or y. number: its place among the layers, from 1, for the message; 0 if unknown.
-void require_grating_periods(const struct_sysOptions* so, const struct_layer& l, int number);

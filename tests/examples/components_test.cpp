@@ -75,6 +75,26 @@ TEST(Examples, CouplerExchangesItsLight) {
   EXPECT_NEAR(alone.at(720) / alone.at(0), 1, 0.1);
 }
 
+#if ZERITH_HAS_HDF5
+// Twice across is back again, in twice the way; on a coarser grid, for the time it takes.
+TEST(Examples, LongCouplerBringsItsLightBack) {
+  TempDir directory;
+  const Rows field =
+      run_example(directory, "long-coupler",
+                  {"-x", "1", "-l", "32", "--set", "global.nx=64", "--set", "global.ny=64"});
+  ASSERT_EQ(field.size(), 3200U);
+  const auto left = intensity(field, 26, 11), right = intensity(field, 38, 11);
+  const auto most = [](auto from, auto to) { return std::max_element(from, to) - from; };
+  const auto across = most(right.begin(), right.begin() + 1000);
+  const auto back = 700 + most(left.begin() + 700, left.begin() + 2100);
+  EXPECT_NEAR(static_cast<double>(across) * 0.25 / 182.1, 1, 0.1);
+  EXPECT_NEAR(static_cast<double>(back) / static_cast<double>(across), 2, 0.15);
+  EXPECT_NEAR(left.at(static_cast<std::size_t>(back)) / left.at(0), 1, 0.15);
+  EXPECT_LT(right.at(static_cast<std::size_t>(back)) / left.at(0), 0.05);
+  EXPECT_TRUE(directory.has("long-coupler.vtkhdf"));
+}
+#endif
+
 // The quarter pitch and the waists are parabolic; the order behind it brings the focus nearer by
 // some (g W)^2/4 of the way, the window has 8 slices, and a tenth of the light lies aside.
 TEST(Examples, GrinFocusesAfterAQuarterPitch) {
