@@ -46,7 +46,7 @@ shows data dataset
 shows system system grid index_stack description monitor advice stack_plan keys suggest
 shows wpm wpm slice sink march stepper edge screens rolling_pair whole_volume survey health progress \
   threads sampled_field lp01 axis modes index_pairs
-shows kernel kernel
+shows kernel kernel device_array
 shows io io
 shows main
 exit $status

@@ -11,6 +11,12 @@ std::size_t length(int n) {
   return static_cast<std::size_t>(n);
 }
 
+void require_copied(cudaError_t status) {
+  if (status != cudaSuccess)
+    diagnostics::fail(std::string("the device could not copy an array: ") +
+                      cudaGetErrorString(status) + "; run on the CPU with -p alone");
+}
+
 }  // namespace
 
 HostCopies converted(Run& run) {
@@ -28,23 +34,21 @@ HostCopies converted(Run& run) {
 }
 
 // The message says CPU although the device ran out; it is the log's text.
-DeviceArrays::DeviceArrays(const Grid& grid)
-    : E(grid.voxels()),
-      F(grid.voxels()),
-      X(length(grid.nx)),
-      Y(length(grid.ny)),
-      N(grid.voxels()),
-      KX(length(grid.nx)),
-      KY(length(grid.ny)) {
+DeviceArrays::DeviceArrays(const Grid& grid) {
+  struct Allocation {
+    const char* name;
+    cudaError_t status;
+  };
+  const Allocation e = {"E", E.allocate(grid.voxels())}, f = {"F", F.allocate(grid.voxels())};
+  const Allocation x = {"X", X.allocate(length(grid.nx))}, y = {"Y", Y.allocate(length(grid.ny))};
+  const Allocation n = {"N", N.allocate(grid.voxels())};
+  const Allocation kx = {"KX", KX.allocate(length(grid.nx))};
+  const Allocation ky = {"KY", KY.allocate(length(grid.ny))};
   if (E.data() != nullptr && F.data() != nullptr && N.data() != nullptr && KX.data() != nullptr &&
       X.data() != nullptr && KY.data() != nullptr && Y.data() != nullptr)
     return;
   std::cout << "\033[31mError\033[0m - CPU memory alloc" << std::endl;
-  const std::pair<cudaError_t, const char*> statuses[] = {
-      {E.status(), "E"},   {F.status(), "F"}, {N.status(), "N"}, {KX.status(), "KX"},
-      {KY.status(), "KY"}, {X.status(), "X"}, {Y.status(), "Y"},
-  };
-  for (const auto& [status, name] : statuses)
+  for (const auto& [name, status] : {e, f, n, kx, ky, x, y})
     if (status != cudaSuccess)
       std::cout << "\t\tError " << status << " on " << name
                 << " alloc : " << cudaGetErrorString(status) << std::endl;
@@ -54,18 +58,18 @@ DeviceArrays::DeviceArrays(const Grid& grid)
       "or run on the CPU with -p alone");
 }
 
-void DeviceArrays::upload(const Run& run, const HostCopies& copies) const {
+void DeviceArrays::upload(const Run& run, const HostCopies& copies) {
   const Grid& grid = run.grid;
-  E.upload(run.h_E.data(), grid.voxels());
-  F.upload(run.F.data(), grid.voxels());
-  N.upload(copies.N.data(), grid.voxels());
-  KX.upload(copies.KX.data(), length(grid.nx));
-  KY.upload(copies.KY.data(), length(grid.ny));
-  X.upload(run.axes.X.data(), length(grid.nx));
-  Y.upload(run.axes.Y.data(), length(grid.ny));
+  require_copied(E.upload(run.h_E.data(), grid.voxels()));
+  require_copied(F.upload(run.F.data(), grid.voxels()));
+  require_copied(N.upload(copies.N.data(), grid.voxels()));
+  require_copied(KX.upload(copies.KX.data(), length(grid.nx)));
+  require_copied(KY.upload(copies.KY.data(), length(grid.ny)));
+  require_copied(X.upload(run.axes.X.data(), length(grid.nx)));
+  require_copied(Y.upload(run.axes.Y.data(), length(grid.ny)));
 }
 
 void DeviceArrays::download(Run& run) const {
-  E.download(run.h_E.data(), run.grid.voxels());
-  F.download(run.F.data(), run.grid.voxels());
+  require_copied(E.download(run.h_E.data()));
+  require_copied(F.download(run.F.data()));
 }

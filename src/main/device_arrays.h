@@ -4,32 +4,8 @@
 #include <cuda_runtime.h>
 #include <cufft.h>
 
+#include "kernel/device_array.h"
 #include "main/run.h"
-
-// Device memory that goes with the object. An allocation that fails leaves null and its status.
-template <typename T>
-class DeviceArray {
- public:
-  explicit DeviceArray(std::size_t count)
-      : status_(cudaMalloc(reinterpret_cast<void**>(&data_), count * sizeof(T))) {}
-  ~DeviceArray() { cudaFree(data_); }
-  DeviceArray(const DeviceArray&) = delete;
-  DeviceArray& operator=(const DeviceArray&) = delete;
-
-  [[nodiscard]] T* data() const { return data_; }
-  [[nodiscard]] cudaError_t status() const { return status_; }
-
-  void upload(const T* host, std::size_t count) const {
-    cudaMemcpy(data_, host, count * sizeof(T), cudaMemcpyHostToDevice);
-  }
-  void download(T* host, std::size_t count) const {
-    cudaMemcpy(host, data_, count * sizeof(T), cudaMemcpyDeviceToHost);
-  }
-
- private:
-  T* data_ = nullptr;
-  cudaError_t status_;
-};
 
 // Host copies in the device's format.
 struct HostCopies {
@@ -44,11 +20,11 @@ struct DeviceArrays {
   // with exit(-1).
   explicit DeviceArrays(const Grid& grid);
 
-  void upload(const Run& run, const HostCopies& copies) const;
+  // What cannot be copied ends the process with exit(-1).
+  void upload(const Run& run, const HostCopies& copies);
   void download(Run& run) const;
 
-  // In the order in which they are allocated.
-  DeviceArray<cufftDoubleComplex> E;
-  DeviceArray<double> F, X, Y;
-  DeviceArray<cufftDoubleComplex> N, KX, KY;
+  device::Array<cufftDoubleComplex> E;
+  device::Array<double> F, X, Y;
+  device::Array<cufftDoubleComplex> N, KX, KY;
 };

@@ -40,7 +40,9 @@ void require_success() {
   std::cout << "\033[31m***ERROR*** " << error << " - " << cudaGetErrorString(error) << "***\033[0m"
             << std::endl;
   diagnostics::fail(std::string("the device reports: ") + cudaGetErrorString(error) +
-                    "; a block edge of 1 to 32 (-b) suits every device");
+                    (error == cudaErrorInvalidConfiguration
+                         ? "; a block edge of 1 to 32 (-b) suits every device"
+                         : "; is another program using it up? The CPU runs the same with -p"));
 }
 
 void report_shared_memory_kernel(const Options& options) {
