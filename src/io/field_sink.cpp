@@ -29,30 +29,59 @@ std::int64_t FieldFile::bytes() const {
 
 namespace {
 
-using Quantity = double (*)(const Slice&, std::size_t sample);
+double real_part(const Slice& s, std::size_t i) {
+  return s.E[i].real();
+}
+double imaginary_part(const Slice& s, std::size_t i) {
+  return s.E[i].imag();
+}
+double intensity(const Slice& s, std::size_t i) {
+  return std::norm(s.E[i]);
+}
+double flux(const Slice& s, std::size_t i) {
+  return s.F[i];
+}
+double refractive_index(const Slice& s, std::size_t i) {
+  return s.N[i].real();
+}
+double extinction(const Slice& s, std::size_t i) {
+  return s.N[i].imag();
+}
+
+// Appends the parts of each of count samples from the first on.
+template <typename Number, double (*... parts)(const Slice&, std::size_t)>
+void append(const Slice& slice, std::size_t first, std::size_t count, std::vector<Number>& to) {
+  const std::size_t size = to.size();
+  to.resize(size + count * sizeof...(parts));
+  Number* next = to.data() + size;
+  for (std::size_t i = first; i < first + count; ++i)
+    ((*next++ = static_cast<Number>(parts(slice, i))), ...);
+}
 
 struct Saved {
   FieldArray array;
   bool Monitor::*is_asked;
-  Quantity parts[2];  // of a sample, one for each component
+  void (*append_double)(const Slice&, std::size_t, std::size_t, std::vector<double>&);
+  void (*append_single)(const Slice&, std::size_t, std::size_t, std::vector<float>&);
 };
 
+template <double (*... parts)(const Slice&, std::size_t)>
+Saved saved(const char* name, const char* unit, const char* meaning, bool Monitor::*is_asked) {
+  return {{name, unit, meaning, int{sizeof...(parts)}},
+          is_asked,
+          append<double, parts...>,
+          append<float, parts...>};
+}
+
 const Saved kSaved[] = {
-    {{"E", "amplitude of the wave", "complex field: real and imaginary part", 2},
-     &Monitor::saves_E,
-     {[](const Slice& s, std::size_t i) { return s.E[i].real(); },
-      [](const Slice& s, std::size_t i) { return s.E[i].imag(); }}},
-    {{"intensity", "amplitude of the wave squared", "squared modulus of the field", 1},
-     &Monitor::saves_intensity,
-     {[](const Slice& s, std::size_t i) { return std::norm(s.E[i]); }, nullptr}},
-    {{"flux", "amplitude of the wave squared * rad/m",
-      "energy flux along z of each sample, not normalised", 1},
-     &Monitor::saves_flux,
-     {[](const Slice& s, std::size_t i) { return s.F[i]; }, nullptr}},
-    {{"index", "1", "refractive index and extinction", 2},
-     &Monitor::saves_index,
-     {[](const Slice& s, std::size_t i) { return s.N[i].real(); },
-      [](const Slice& s, std::size_t i) { return s.N[i].imag(); }}},
+    saved<real_part, imaginary_part>("E", "amplitude of the wave",
+                                     "complex field: real and imaginary part", &Monitor::saves_E),
+    saved<intensity>("intensity", "amplitude of the wave squared", "squared modulus of the field",
+                     &Monitor::saves_intensity),
+    saved<flux>("flux", "amplitude of the wave squared * rad/m",
+                "energy flux along z of each sample, not normalised", &Monitor::saves_flux),
+    saved<refractive_index, extinction>("index", "1", "refractive index and extinction",
+                                        &Monitor::saves_index),
 };
 
 // A file of numbers at known places. What cannot be written is lost: an error, said once.
@@ -126,9 +155,9 @@ class FieldSink : public Sink {
     for (std::size_t a = 0; a < saved_.size(); ++a) {
       const std::int64_t bytes = file_.slice_bytes(file_.arrays[a]);
       const void* const numbers =
-          file_.bytes_per_number == 4  ? gather<float>(*saved_[a], slice, single_)
+          file_.bytes_per_number == 4  ? gather(saved_[a]->append_single, slice, single_)
           : is_whole_field(*saved_[a]) ? static_cast<const void*>(slice.E)
-                                       : gather<double>(*saved_[a], slice, double_);
+                                       : gather(saved_[a]->append_double, slice, double_);
       disk_.write(numbers, bytes, places_.arrays[a] + number * bytes);
     }
     const std::int64_t written = number + 1;
@@ -187,16 +216,12 @@ class FieldSink : public Sink {
            static_cast<std::size_t>(box_.x.count) == columns_;
   }
 
-  template <typename Number>
-  const void* gather(const Saved& saved, const Slice& slice, std::vector<Number>& numbers) const {
+  template <typename Append, typename Number>
+  const void* gather(Append append, const Slice& slice, std::vector<Number>& numbers) const {
     numbers.clear();
     for (int j = box_.y.first; j < box_.y.first + box_.y.count; ++j)
-      for (int i = box_.x.first; i < box_.x.first + box_.x.count; ++i) {
-        const std::size_t sample =
-            static_cast<std::size_t>(j) * columns_ + static_cast<std::size_t>(i);
-        for (int part = 0; part < saved.array.components; ++part)
-          numbers.push_back(static_cast<Number>(saved.parts[part](slice, sample)));
-      }
+      append(slice, static_cast<std::size_t>(j) * columns_ + static_cast<std::size_t>(box_.x.first),
+             static_cast<std::size_t>(box_.x.count), numbers);
     return numbers.data();
   }
 
