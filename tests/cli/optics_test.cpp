@@ -183,4 +183,67 @@ TEST_P(Optics, IsUnderstoodByCheck) {
 INSTANTIATE_TEST_SUITE_P(Every, Optics, testing::ValuesIn(kCases),
                          [](const auto& tested) { return std::string(tested.param.name); });
 
+Field read(const TempDir& directory, const std::string& file, const std::string& name) {
+  const data::Dataset set(directory.path(file).string(), name, data::Layout::kField, "");
+  Field field(std::size_t(set.slices()) * std::size_t(set.rows()) * std::size_t(set.columns()));
+  set.read(0, set.slices(), reinterpret_cast<double*>(field.data()));
+  return field;
+}
+
+// What a monitor saved, from another folder than the configuration's: slice 2 of the field, and the
+// index in its place behind it.
+TEST(Saved, FieldAndIndexComeBackToTheBit) {
+  const TempDir directory;
+  const std::string monitor = "[monitor]\ntype=field\nsave=E,index\nfile=";
+  const Case lens = {"", "type=lens;z=3.2;r=-4;n=1.5;k=0.01;ne=1;levels=50", "",
+                     "shape=gaussian;waist=1.3;theta=9"};
+  directory.write("a.cfg", configuration(lens) + monitor + "a.h5\n[/monitor]\n");
+  const Case again = {"", "type=file;file=../a.h5;dataset=/index;z=3.2", "",
+                      "shape=file;file=../a.h5;z=0.8;amp=1"};
+  std::filesystem::create_directory(directory.path("in"));
+  directory.write("in/b.cfg", configuration(again) + monitor + "b.h5\n[/monitor]\n");
+  for (const char* name : {"a.cfg", "in/b.cfg"}) {
+    const RunResult run = run_shell(directory, std::string("$ZERITH -q -p -i ") + name);
+    EXPECT_EQ(std::pair(run.status, run.err), std::pair(0, std::string())) << name;
+  }
+  const Field a = read(directory, "a.h5", "/E"), b = read(directory, "b.h5", "/E");
+  const Field na = read(directory, "a.h5", "/index"), nb = read(directory, "b.h5", "/index");
+  ASSERT_EQ(std::pair(a.size(), na.size()), std::pair(b.size(), nb.size()));
+  constexpr std::ptrdiff_t kPlane = 144, kTwo = 2 * kPlane;
+  EXPECT_TRUE(std::equal(a.begin() + kTwo, a.begin() + kTwo + kPlane, b.begin()));
+  EXPECT_TRUE(std::equal(na.begin(), na.end() - kTwo, nb.begin() + kTwo));
+  EXPECT_NE(na[kTwo], na[kTwo + 6 * 12 + 6]);
+}
+
+// 840 MB of indices in an address space of 500.
+TEST(Saved, IndicesNeedNotFitIntoMemory) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the sanitizer itself needs more address space than the limit leaves";
+#endif
+  const TempDir directory;
+  const Case large = {"", "type=file;file=in.h5;z=3.2;dx=0.1;dy=0.1;dz=0.1", ""};
+  directory.write("a.cfg", configuration(large));
+  Hdf5Writer(directory.path("in.h5").string()).write("n", {400, 512, 512}, nullptr);
+  const RunResult run = run_shell(directory, "ulimit -v 500000; exec $ZERITH -i a.cfg -p --check");
+  EXPECT_EQ(std::pair(run.status, run.err), std::pair(0, std::string()));
+}
+
+// On a terminal, which script gives the run, and in the table of a beam.
+TEST(Edge, SaysWhatItTook) {
+  const TempDir directory;
+  const Case slab = {"", "z=3.2;n=1.1", "", "shape=gaussian;waist=1.3;theta=30", "edge=1.3"};
+  directory.write("a.cfg", configuration(slab) + "[monitor]\ntype=beam\nfile=b.csv\n[/monitor]\n");
+  const RunResult run =
+      run_shell(directory, "script -qec \"$ZERITH -i a.cfg -p --fast\" /dev/null");
+  const std::vector<std::vector<double>> rows = csv_rows(directory.read("b.csv"));
+  ASSERT_EQ(rows.size(), 11U);
+  const double launched = rows[1].at(2), taken = rows[10].back();
+  EXPECT_GT(taken / launched, 0.2);
+  EXPECT_LT(taken, launched);
+  std::smatch said;
+  ASSERT_TRUE(std::regex_search(run.out, said, std::regex("absorbing edge took ([0-9.]+) ?%")))
+      << run.out;
+  EXPECT_NEAR(std::stod(said[1]), 100 * taken / launched, 0.06);
+}
+
 }  // namespace

@@ -201,8 +201,8 @@ TEST(Optics, RelayGoesOnWhereTheFirstRunWas) {
       EXPECT_NEAR(second.at(k).at(i), whole.at(40 + k).at(i), 2e-3);  // of up to 1000
 }
 
-// The waist behind a thin lens (Saleh & Teich 3.2-15, 3.2-16). Rays of 9 degrees are a per cent from
-// paraxial; on the axis the light is even to that over a tenth of its Rayleigh range of 10 um.
+// The waist behind a thin lens (Saleh & Teich 3.2-15, 3.2-16). Rays of 9 degrees are a per cent
+// from paraxial; on the axis the light is even to that over a tenth of its Rayleigh range of 10 um.
 TEST(Optics, MaskOfALensFocuses) {
   const TempDir directory;
   std::vector<std::complex<double>> mask;
