@@ -42,5 +42,6 @@ void planning();   // planning with wisdom and without
 void csv();        // cross-section files
 void edges();      // what comes back from absorbing edges: no time, but figures
 void lens();       // a curved face in slices of several thicknesses, with levels and without
+void levels();     // what the levels of such a face cost
 
 }  // namespace bench

@@ -147,8 +147,8 @@ TEST(Examples, TiltedLensMovesItsFocus) {
 TEST(Examples, FromFileFocusesInOneDirection) {
   TempDir directory;
   std::vector<double> indices;
-  for (int i = 0; i < 64; ++i) indices.push_back(1.5 * std::sqrt(1 - std::pow(0.01 * (i - 32), 2)));
-  const hsize_t shape[] = {1, 1, 64};
+  for (int i = 0; i < 17; ++i) indices.push_back(1.5 * std::sqrt(1 - std::pow(0.04 * (i - 8), 2)));
+  const hsize_t shape[] = {1, 1, 17};
   const hid_t file =
       H5Fcreate(directory.path("plate.h5").c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, H5P_DEFAULT);
   const hid_t space = H5Screate_simple(3, shape, nullptr);

@@ -72,7 +72,8 @@ TEST(IndexFile, GivesBackWhatWasSavedToTheBit) {
   EXPECT_EQ(over.slice(5), std::vector<cpx>(81, 3.0));
 }
 
-// n = 1 + x/32 + y/16 + z/8 in the file's samples, at a third of ours or at three halves.
+// n = 1 + x/32 + y/16 + z/8 in the file's samples. They lie wider apart than ours, or closer, and
+// then the outermost ones go on.
 TEST(IndexFile, TakesTheNearestSampleOrInterpolates) {
   std::vector<double> ramp;
   for (int k = 0; k < 5; ++k)
@@ -80,24 +81,27 @@ TEST(IndexFile, TakesTheNearestSampleOrInterpolates) {
       for (int i = 0; i < 8; ++i) ramp.push_back(1 + i / 32.0 + j / 16.0 + k / 8.0);
   write("ramp.h5", {5, 6, 8}, ramp, nullptr);
   struct_layer l = of_file("ramp.h5", 2.5);
-  l.file_dx = 0.75 * 1.5, l.file_dy = 1.25 * 2, l.file_dz = 0.5 * 1.25, l.levels = 65536;
-  for (const bool interpolates : {false, true}) {
-    l.interpolate = interpolates;
-    const Painted painted(8, 8, 5, {l});
-    for (int k = 0; k < 5; ++k) {
-      const std::vector<cpx> slice = painted.slice(k);
-      for (int j = 0; j < 8; ++j)
-        for (int i = 0; i < 8; ++i) {
-          const auto place = [&](double p, int n) {
-            p = std::clamp(p, 0.0, n - 1.0);  // the outermost samples go on
-            return interpolates ? p : std::nearbyint(p);
-          };
-          const double n = 1 + place((i - 4) / 1.5 + 4, 8) / 32 + place((j - 4) / 2.0 + 3, 6) / 16 +
-                           place(k / 1.25, 5) / 8;
-          EXPECT_NEAR(slice[std::size_t(8 * j + i)].real(), n, 1e-5) << k << j << i;
-        }
+  l.levels = 65536;
+  for (const double width : {0.3, 1.0})
+    for (const bool interpolates : {false, true}) {
+      l.file_dx = 0.75 * 1.5 * width, l.file_dy = 1.25 * 2 * width, l.file_dz = 0.5 * 1.25 * width;
+      l.interpolate = interpolates;
+      const Painted painted(8, 8, 5, {l});
+      const auto place = [&](double at, double spacing, double middle, int n) {
+        const double p = std::clamp(at / (spacing * width) + middle, 0.0, n - 1.0);
+        return interpolates ? p : std::nearbyint(p);
+      };
+      for (int k = 0; k < 5; ++k) {
+        const std::vector<cpx> slice = painted.slice(k);
+        for (int j = 0; j < 8; ++j)
+          for (int i = 0; i < 8; ++i)
+            EXPECT_NEAR(slice[std::size_t(8 * j + i)].real(),
+                        1 + place(i - 4, 1.5, 4, 8) / 32 + place(j - 4, 2, 3, 6) / 16 +
+                            place(k, 1.25, 0, 5) / 8,
+                        1e-5)
+                << k << j << i << width;
+      }
     }
-  }
   // Few levels: an error of half a step at most.
   l.levels = 9;
   std::set<double> values;

@@ -154,6 +154,8 @@ TEST(Keys, AWaistIsWhereTheFieldIsOneOverE) {
   EXPECT_NEAR(std::exp(-(2000 / wave.sigmax) * (2000 / wave.sigmax) / 3.14159265), std::exp(-1),
               1e-15);
   EXPECT_NEAR(wave.sigmax / wave.sigmay, 4, 1e-15);
+  store(wave_keys(), "waistx", wave, "1000");
+  EXPECT_NEAR(wave.sigmax / wave.sigmay, 2, 1e-15);
   EXPECT_EQ(store(wave_keys(), "waistx", wave, "0").kind, Reading::kRefused);
 }
 
