@@ -43,6 +43,8 @@ std::string counts_in_words(const Stepper& stepper) {
   const SumCounts counts = cpu->counts();
   std::string text = std::to_string(counts.transforms) + " by transforms, " +
                      std::to_string(counts.direct) + " by the direct sum";
+  if (counts.interpolated > 0)
+    text += ", " + std::to_string(counts.interpolated) + " with pairs interpolated";
   if (counts.known > 0) text += ", " + std::to_string(counts.known) + " of nothing but NaN";
   return text;
 }
@@ -59,6 +61,22 @@ void tell_where_the_time_went(const MarchTimes& times, double planning, const St
   line("painting", times.painting, "");
   line("steps", times.steps, "  " + counts_in_words(stepper));
   line("files", times.files, "");
+}
+
+// Of a run with --tolerance, what its steps were found to be off by.
+void tell_error_found(const Run& run, const Stepper& stepper) {
+  const auto* cpu = dynamic_cast<const CpuStepper*>(&stepper);
+  if (cpu == nullptr || cpu->counts().interpolated == 0) return;
+  const double tolerance = run.options.tolerance;
+  char text[160];
+  std::snprintf(text, sizeof text,
+                "interpolated steps were off by at most %.2g of the largest |E|, at the samples "
+                "compared with the exact sum; --tolerance allows for %.2g",
+                cpu->error_found(), tolerance);
+  if (cpu->error_found() > tolerance)
+    diagnostics::warn(run.place(std::string(text) + "; ask for less to get it, or leave it out"));
+  else
+    (run.options.is_plain_progress ? diagnostics::tell : diagnostics::note)(text);
 }
 
 void tell_what_the_edge_took(const Run& run) {
@@ -95,6 +113,7 @@ BranchResult march_branch(Run& run, Branch branch, Stepper& stepper, double plan
         state != nullptr ? state->slice : kFromTheEntry, times);
   if (!health.verdict().empty()) diagnostics::warn(run.place(health.verdict()));
   tell_where_the_time_went(times, planning_seconds, stepper, options.is_plain_progress);
+  tell_error_found(run, stepper);
   if (run.edge != nullptr) tell_what_the_edge_took(run);
   return {1000.0 * times.steps, hangings.flux_of_first()};
 }

@@ -193,8 +193,12 @@ void Options::require_value(const char* short_form, const char* long_form) const
                     dangling_ + " VALUE");
 }
 
-int threads_of(const Options& options) {
-  const int asked = options.threads.value_or(1);
-  if (asked > 0) return asked;
+int all_cores() {
   return static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+}
+
+int threads_of(const Options& options) {
+  const int asked = options.threads.value_or(options.is_fast ? 0 : 1);
+  if (asked > 0) return asked;
+  return all_cores();
 }

@@ -51,5 +51,6 @@ struct Options {
   std::string dangling_;  // the option that ends the line without its value, dashes included
 };
 
-// How many threads the options ask for.
+int all_cores();
+// How many threads the options ask for; where they say nothing, all cores with --fast, else one.
 int threads_of(const Options& options);

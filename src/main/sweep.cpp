@@ -14,6 +14,8 @@
 
 #include "chCommandLine.h"
 #include "diagnostics.h"
+#include "main/option_table.h"
+#include "main/options.h"
 #include "main/sweep_plan.h"
 #include "main/sweep_point.h"
 #include "main/sweep_subject.h"
@@ -114,6 +116,13 @@ void Sweep::start_next() {
   std::vector<std::string> words = plan_.command;
   for (std::size_t a = 0; a < keys_.size(); ++a)
     words.insert(words.end(), {"--set", keys_[a] + "=" + point.values[a]});
+  const auto is_given = [this](const char* option) {
+    return std::any_of(plan_.command.begin(), plan_.command.end(),
+                       [&](const std::string& word) { return is_option(word.c_str(), option); });
+  };
+  // Points that run at the same time share the cores that each would take.
+  if (plan_.jobs > 1 && is_given("fast") && !is_given("threads"))
+    words.insert(words.end(), {"--threads", std::to_string(std::max(1, all_cores() / plan_.jobs))});
 
   std::error_code ignored;
   std::filesystem::create_directories(point.folder, ignored);

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "diagnostics.h"
-#include "wpm/loops.h"
 
 namespace wpm {
 
@@ -21,28 +20,10 @@ template AlignedArray<cpx> allocate_aligned(std::size_t count);
 template AlignedArray<std::complex<float>> allocate_aligned(std::size_t count);
 
 TurningPlane::TurningPlane(int written_lines, int read_lines)
-    : writer_step_(static_cast<std::size_t>(groups_of(read_lines) * kBatch * kBatch + 3 * kBatch)),
-      blocks_(allocate_aligned<cpx>(static_cast<std::size_t>(groups_of(written_lines)) *
-                                    writer_step_)) {}
-
-void TurningPlane::read(int reader, const std::vector<char>& is_live, std::size_t step, cpx* lines,
-                        const float* number, std::complex<float>* drifted) {
-  const auto writers = static_cast<int>(is_live.size());
-  for (int writer = 0; writer < writers; ++writer) {
-    const int begin = writer * kBatch;
-    if (is_live[static_cast<std::size_t>(writer)] == 0) {
-      for (std::size_t line = 0; line < kBatch; ++line) {
-        std::fill_n(lines + line * step + begin, kBatch, 0.0);
-        if (drifted != nullptr)
-          std::fill_n(drifted + line * step + begin, kBatch, std::complex<float>());
-      }
-    } else if (drifted != nullptr) {
-      turn_block(block(writer, reader), step, number + 2 * begin, lines + begin, drifted + begin);
-    } else {
-      turn_block(block(writer, reader), step, lines + begin);
-    }
-  }
-}
+    : block_step_(
+          static_cast<std::size_t>(groups_of(written_lines) * kBatch * kBatch + 3 * kBatch)),
+      blocks_(
+          allocate_aligned<cpx>(static_cast<std::size_t>(groups_of(read_lines)) * block_step_)) {}
 
 Workspace::Workspace(int longest)
     : in(allocate_aligned<cpx>(kBatch * line_step(longest))),

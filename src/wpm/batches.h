@@ -18,6 +18,11 @@ constexpr int kBatch = 8;
 constexpr int groups_of(int n) {
   return (n + kBatch - 1) / kBatch;
 }
+// Group number place in an order in which each is followed by the one that holds its mirror images:
+// threads that share out the places in runs share neither spectrum nor transfer functions.
+constexpr int mirrored(int place, int groups) {
+  return place % 2 == 0 ? place / 2 : groups - 1 - place / 2;
+}
 constexpr int lines_of_group(int n, int group) {
   return n - group * kBatch < kBatch ? n - group * kBatch : kBatch;
 }
@@ -34,28 +39,32 @@ using AlignedArray = std::unique_ptr<T[], AlignedDelete<T>>;
 template <typename T>
 AlignedArray<T> allocate_aligned(std::size_t count);
 
+// The step between lines in a workspace: room for whole groups, kept out of each other's sets.
+constexpr std::size_t line_step(int n) {
+  return static_cast<std::size_t>(groups_of(n)) * static_cast<std::size_t>(kBatch) + 4;
+}
+
 // A plane on its way from lines in one direction to lines in the other: a writer brings eight
-// lines, a reader takes eight of the others. In blocks of 8 x 8 values, those of a writer side by
-// side, so that both touch memory in long runs; padded, so that a reader's blocks do not share
-// cache sets.
+// lines, a reader takes eight of the others. In blocks of 8 x 8 values, those of a reader one
+// behind the other: it reads one long run of memory, also what another core has just written, and
+// transforms it as it lies. Padded, so that a writer's blocks do not share cache sets.
 class TurningPlane {
  public:
-  // Of written_lines lines that hold read_lines values each.
+  // Of written_lines lines that hold read_lines values each; zeros.
   TurningPlane(int written_lines, int read_lines);
 
-  // The block of a writer and a reader, [line of the writer][line of the reader].
+  // The block of a writer and a reader, [line of the writer][line of the reader]. The blocks of a
+  // writer are block_step() apart.
   [[nodiscard]] cpx* block(int writer, int reader) {
-    return blocks_.get() + static_cast<std::size_t>(writer) * writer_step_ +
-           static_cast<std::size_t>(reader) * kBatch * kBatch;
+    return blocks_.get() + static_cast<std::size_t>(reader) * block_step_ +
+           static_cast<std::size_t>(writer) * kBatch * kBatch;
   }
-  // The reader's lines, step apart, with room for whole groups of values. Where a writer is not
-  // live, nothing was written and zeros are read.
-  // If drifted is given, it takes the lines times number, [2 * values], in single precision.
-  void read(int reader, const std::vector<char>& is_live, std::size_t step, cpx* lines,
-            const float* number = nullptr, std::complex<float>* drifted = nullptr);
+  [[nodiscard]] std::size_t block_step() const { return block_step_; }
+  // The reader's lines, side by side: [value][line].
+  [[nodiscard]] cpx* lines(int reader) { return block(0, reader); }
 
  private:
-  std::size_t writer_step_;
+  std::size_t block_step_;
   AlignedArray<cpx> blocks_;
 };
 
@@ -66,10 +75,5 @@ struct Workspace {
   AlignedArray<cpx> in, out;
   AlignedArray<std::complex<float>> drift_in, drift_out;
 };
-
-// The step between lines in a workspace: room for whole groups, kept out of each other's sets.
-constexpr std::size_t line_step(int n) {
-  return static_cast<std::size_t>(groups_of(n)) * static_cast<std::size_t>(kBatch) + 4;
-}
 
 }  // namespace wpm

@@ -29,8 +29,8 @@ BinnedSpectrum::BinnedSpectrum(const Axis& x, const Axis& y, std::vector<Workspa
       power_(allocate_aligned<double>(at(x.folds) * at(y.n))),
       kept_in_(at(x.n)),
       is_tame_in_(at(x.n)),
-      plane_(is_turned_here(x, y) ? y.n : 0, x.n),
-      is_live_(at(groups_of(y.n)), 1) {
+      has_power_(at(x.folds)),
+      plane_(is_turned_here(x, y) ? y.n : 0, x.n) {
   if (!is_turned_here(x, y)) {
     whole_ = std::make_unique<Spectrum>(y.n, x.n);
     power_of_bin_ = allocate_aligned<double>(at(x.n) * at(y.n));
@@ -41,7 +41,7 @@ BinnedSpectrum::BinnedSpectrum(const Axis& x, const Axis& y, std::vector<Workspa
   rows_ = std::make_unique<fftwpp::fft1d_many>(fftwpp::many_layout{x.n, kBatch, 1, x.n, 1, step},
                                                -1, work.in.get(), work.out.get());
   columns_ = std::make_unique<fftwpp::fft1d_many>(
-      fftwpp::many_layout{y.n, kBatch, 1, step, 1, step}, -1, work.in.get(), work.out.get());
+      fftwpp::many_layout{y.n, kBatch, kBatch, 1, 1, step}, -1, work.in.get(), work.out.get());
 }
 
 const cpx* BinnedSpectrum::column(int bin_x) const {
@@ -51,7 +51,10 @@ cpx* BinnedSpectrum::column(int bin_x) {
   return f_.get() + at(bin_x) * at(y_.n);
 }
 const double* BinnedSpectrum::power(int fold_x) const {
-  return power_.get() + at(fold_x) * at(y_.n);
+  double* power = power_.get() + at(fold_x) * at(y_.n);
+  if (has_power_[at(fold_x)] == 0) find_power(fold_x, power);
+  has_power_[at(fold_x)] = 1;
+  return power;
 }
 
 void BinnedSpectrum::take(cpx* E) {
@@ -62,12 +65,14 @@ void BinnedSpectrum::take(cpx* E) {
   } else {
     share_out(groups_of(y_.n), work,
               [&](int group, int worker) { transform_rows(group, E, workspaces_[at(worker)]); });
-    share_out(groups_of(x_.n), work,
-              [&](int group, int worker) { transform_columns(group, workspaces_[at(worker)]); });
+    const int groups = groups_of(x_.n);
+    share_out(groups, work, [&](int place, int worker) {
+      transform_columns(mirrored(place, groups), workspaces_[at(worker)]);
+    });
   }
   kept_ = std::accumulate(kept_in_.begin(), kept_in_.end(), std::size_t{0});
   is_tame_ = std::find(is_tame_in_.begin(), is_tame_in_.end(), 0) == is_tame_in_.end();
-  share_out(x_.folds, work / 4, [&](int fold_x, int /*worker*/) { find_power(fold_x); });
+  std::fill(has_power_.begin(), has_power_.end(), 0);
 }
 
 void BinnedSpectrum::transform_rows(int group, cpx* E, Workspace& work) {
@@ -89,8 +94,7 @@ void BinnedSpectrum::transform_rows(int group, cpx* E, Workspace& work) {
 
 void BinnedSpectrum::transform_columns(int group, Workspace& work) {
   const std::size_t step = line_step(y_.n);
-  plane_.read(group, is_live_, step, work.in.get());
-  columns_->fft(work.in.get(), work.out.get());
+  columns_->fft(plane_.lines(group), work.out.get());
   const double to_amplitude = 1.0 / (static_cast<double>(x_.n) * y_.n);
   for (int line = 0; line < lines_of_group(x_.n, group); ++line) {
     const int bin_x = group * kBatch + line;
@@ -126,23 +130,21 @@ void BinnedSpectrum::bin(int bin_x, const cpx* S) {
   }
 }
 
-void BinnedSpectrum::find_power(int fold_x) {
-  double* power = power_.get() + at(fold_x) * at(y_.n);
-  std::fill_n(power, y_.n, 0.0);
+void BinnedSpectrum::find_power(int fold_x, double* power) const {
   const int mirror = (x_.n - fold_x) % x_.n;
-  add_power_of(fold_x, power);
-  if (mirror != fold_x) add_power_of(mirror, power);
-  fold_power(y_.n, power);
-}
-
-void BinnedSpectrum::add_power_of(int bin_x, double* power) const {
-  if (is_empty(bin_x)) return;
-  if (whole_ == nullptr) {
-    add_power(y_.n, column(bin_x), power);
-    return;
+  const int first = is_empty(fold_x) ? mirror : fold_x;
+  const bool has_second = !is_empty(fold_x) && mirror != fold_x && !is_empty(mirror);
+  if (is_empty(first)) {
+    std::fill_n(power, y_.n, 0.0);
+  } else if (whole_ == nullptr) {
+    power_of(y_.n, column(first), has_second ? column(mirror) : nullptr, power);
+  } else {
+    const double* of_first = power_of_bin_.get() + at(first) * at(y_.n);
+    const double* of_mirror = power_of_bin_.get() + at(mirror) * at(y_.n);
+    std::copy_n(of_first, y_.n, power);
+    for (int bin_y = 0; has_second && bin_y < y_.n; ++bin_y) power[bin_y] += of_mirror[bin_y];
   }
-  const double* of_bin = power_of_bin_.get() + at(bin_x) * at(y_.n);
-  for (int bin_y = 0; bin_y < y_.n; ++bin_y) power[bin_y] += of_bin[bin_y];
+  fold_power(y_.n, power);
 }
 
 }  // namespace wpm

@@ -22,7 +22,8 @@ class BinnedSpectrum {
   [[nodiscard]] bool is_tame() const { return is_tame_; }   // finite and far from overflow
   [[nodiscard]] const cpx* column(int bin_x) const;
   [[nodiscard]] bool is_empty(int bin_x) const { return kept_in_[at(bin_x)] == 0; }
-  // The sum of |amplitude|^2 over both signs of kx and ky, [fold of ky], for a fold of kx.
+  // The sum of |amplitude|^2 over both signs of kx and ky, [fold of ky], for a fold of kx. Found
+  // when it is first asked for; several threads may ask for different folds.
   [[nodiscard]] const double* power(int fold_x) const;
 
  private:
@@ -31,8 +32,7 @@ class BinnedSpectrum {
   void transform_rows(int group, cpx* E, Workspace& work);
   void transform_columns(int group, Workspace& work);
   void bin(int bin_x, const cpx* S);
-  void find_power(int fold_x);
-  void add_power_of(int bin_x, double* power) const;
+  void find_power(int fold_x, double* power) const;
 
   const Axis& x_;
   const Axis& y_;
@@ -41,6 +41,7 @@ class BinnedSpectrum {
   AlignedArray<double> power_;
   std::vector<std::size_t> kept_in_;  // [x.n]
   std::vector<char> is_tame_in_;
+  mutable std::vector<char> has_power_;  // [fold of kx]
   std::size_t kept_ = 0;
   bool is_tame_ = true;
 
@@ -48,7 +49,6 @@ class BinnedSpectrum {
   AlignedArray<double> power_of_bin_;  // several plane waves may share a bin
   // or:
   TurningPlane plane_;
-  std::vector<char> is_live_;
   std::unique_ptr<fftwpp::fft1d_many> rows_, columns_;
 };
 

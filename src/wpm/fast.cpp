@@ -1,10 +1,12 @@
 // The reference's sums, one inverse transform for each pair of indices.
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <memory>
 
 #include "wpm/loops.h"
 #include "wpm/many_pairs.h"
+#include "wpm/pace.h"
 #include "wpm/pair_runs.h"
 #include "wpm/plane_sums.h"
 #include "wpm/sampling.h"
@@ -44,9 +46,26 @@ class FastStepper : public CpuStepper {
   }
 
   void step(const Slice& from, const Slice& to) override {
+    const auto begin = std::chrono::steady_clock::now();
     workspaces(std::max(grid_.nx, grid_.ny));
-    spectrum_.take(from.E);
+    // Pairs before the spectrum, as what they need says how long the step takes.
     runs_.find(from, to);
+    const bool has_all = transfers_.begin(runs_.pairs()) == 0;
+    pace_.next(has_all ? static_cast<double>(runs_.pairs().size() + 1) : 0.0);
+    const ThreadLimit limit(pace_.threads());
+    sum(from, to);
+    pace_.took(std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
+  }
+
+  [[nodiscard]] const char* sum_taken() const override { return taken_; }
+  [[nodiscard]] SumCounts counts() const override { return counts_; }
+  [[nodiscard]] double error_found() const override {
+    return many_ == nullptr ? 0.0 : many_->error_found();
+  }
+
+ private:
+  void sum(const Slice& from, const Slice& to) {
+    spectrum_.take(from.E);
     if (!spectrum_.is_tame()) {
       sum_directly(from, to);
     } else if (many_ != nullptr && many_->serve(from, runs_, spectrum_, transfers_) &&
@@ -63,13 +82,6 @@ class FastStepper : public CpuStepper {
     }
   }
 
-  [[nodiscard]] const char* sum_taken() const override { return taken_; }
-  [[nodiscard]] SumCounts counts() const override { return counts_; }
-  [[nodiscard]] double error_found() const override {
-    return many_ == nullptr ? 0.0 : many_->error_found();
-  }
-
- private:
   // One for each thread that there is now.
   std::vector<Workspace>& workspaces(int longest) {
     while (static_cast<int>(workspaces_.size()) < threads()) workspaces_.emplace_back(longest);
@@ -95,9 +107,8 @@ class FastStepper : public CpuStepper {
     std::vector<double> flux(batch);
     for (std::uint32_t first = 0; first < pairs; first += batch) {
       const std::uint32_t end = std::min(pairs, first + batch);
-      for (std::uint32_t pair = first; pair < end; ++pair)
-        flux[pair - first] = sums_.columns(static_cast<int>(pair - first), spectrum_,
-                                           transfers_.get(runs_.pairs()[pair]));
+      sums_.columns(spectrum_, transfers_.get({runs_.pairs().data() + first, end - first}),
+                    flux.data());
       sums_.rows(4.0 * (end - first) * static_cast<double>(grid_.plane()),
                  [&](int group, PlaneSums::RowGroup rows) {
                    for (std::uint32_t pair = first; pair < end; ++pair)
@@ -147,6 +158,7 @@ class FastStepper : public CpuStepper {
   PlaneSums sums_;
   std::unique_ptr<ManyPairs> many_;    // where a tolerance allows for it
   std::unique_ptr<Spectrum> forward_;  // of the direct sum
+  Pace pace_{threads()};
   const char* taken_ = "transforms";
   SumCounts counts_;
 };

@@ -122,40 +122,26 @@ ZERITH_WIDE void apply_transfer(int n, const cpx* f, const cpx* factor, const fl
   if (a < n) one(a, n - a);
 }
 
-ZERITH_WIDE void turn_block(const cpx* from, std::size_t step, const float* number, cpx* to,
-                            std::complex<float>* drifted) {
-  for (std::size_t a = 0; a < 8; a += 2)
-    for (std::size_t b = 0; b < 8; b += 2) {
-      const auto above = load<Two>(from + 8 * b + a);
-      const auto below = load<Two>(from + 8 * b + 8 + a);
-      const auto numbers = load<TwoSingle>(number + 2 * b);
-      const Two even = __builtin_shufflevector(above, below, 0, 1, 4, 5);
-      const Two odd = __builtin_shufflevector(above, below, 2, 3, 6, 7);
-      store(even, to + a * step + b);
-      store(odd, to + (a + 1) * step + b);
-      store(__builtin_convertvector(even, TwoSingle) * numbers, drifted + a * step + b);
-      store(__builtin_convertvector(odd, TwoSingle) * numbers, drifted + (a + 1) * step + b);
-    }
-}
-
-ZERITH_WIDE void turn_block(const cpx* from, std::size_t step, cpx* to) {
-  for (std::size_t a = 0; a < 8; a += 2)
-    for (std::size_t b = 0; b < 8; b += 2) {
-      const auto above = load<Two>(from + 8 * b + a);
-      const auto below = load<Two>(from + 8 * b + 8 + a);
-      store(__builtin_shufflevector(above, below, 0, 1, 4, 5), to + a * step + b);
-      store(__builtin_shufflevector(above, below, 2, 3, 6, 7), to + (a + 1) * step + b);
-    }
+ZERITH_WIDE void drift_lines(int n, const cpx* lines, const float* number,
+                             std::complex<float>* drifted) {
+  for (int v = 0; v < n; ++v, lines += 8, drifted += 8) {
+    const float m = number[2 * v];
+    for (int line = 0; line < 8; line += 2)
+      store(__builtin_convertvector(load<Two>(lines + line), TwoSingle) * m, drifted + line);
+  }
 }
 
 ZERITH_WIDE void correct_into_blocks(int n, const cpx* row, const std::complex<float>* correction,
-                                     std::size_t step, const double* drift, cpx* blocks) {
-  for (int begin = 0; begin < n; begin += 8)
+                                     std::size_t step, const double* drift, cpx* blocks,
+                                     std::size_t block_step) {
+  for (int begin = 0; begin < n; begin += 8, blocks += block_step)
     for (std::size_t line = 0; line < 8; ++line)
-      for (int a = begin; a < begin + 8; a += 2, blocks += 2)
-        store(corrected(load<Two>(row + line * step + a), correction + line * step + a,
-                        drift + 2 * a),
-              blocks);
+      for (std::size_t a = 0; a < 8; a += 2) {
+        const std::size_t from = line * step + static_cast<std::size_t>(begin) + a;
+        store(corrected(load<Two>(row + from), correction + from,
+                        drift + 2 * (static_cast<std::size_t>(begin) + a)),
+              blocks + 8 * line + a);
+      }
 }
 
 ZERITH_WIDE void add_corrected(int n, const cpx* row, const std::complex<float>* correction,
@@ -177,8 +163,12 @@ ZERITH_WIDE void add_weighted(int n, const cpx* row, const std::complex<float>* 
   for (; a < n; ++a) out[a] += product(corrected(row[a], correction[a], drift + 2 * a), weight[a]);
 }
 
-ZERITH_WIDE void add_power(int n, const cpx* f, double* power) {
-  for (int a = 0; a < n; ++a) power[a] += f[a].real() * f[a].real() + f[a].imag() * f[a].imag();
+ZERITH_WIDE void power_of(int n, const cpx* f, const cpx* g, double* power) {
+  const auto square = [](const cpx& c) { return c.real() * c.real() + c.imag() * c.imag(); };
+  if (g == nullptr)
+    for (int a = 0; a < n; ++a) power[a] = square(f[a]);
+  else
+    for (int a = 0; a < n; ++a) power[a] = square(f[a]) + square(g[a]);
 }
 
 ZERITH_WIDE void fold_power(int n, double* power) {

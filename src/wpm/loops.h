@@ -21,17 +21,15 @@ Taken take_amplitudes(int n, const cpx* S, double scale, cpx* f);
 void apply_transfer(int n, const cpx* f, const cpx* factor, const float* number, cpx* row,
                     std::complex<float>* drifted);
 
-// A block of 8 x 8 values into eight lines, to[a][b] = from[b][a], and drifted = to * number in
-// single precision; lines are step apart, number is [16].
-void turn_block(const cpx* from, std::size_t step, const float* number, cpx* to,
-                std::complex<float>* drifted);
-// The first alone.
-void turn_block(const cpx* from, std::size_t step, cpx* to);
+// Eight lines side by side, [n][8]: drifted = lines * number in single precision; number is [2n],
+// each twice.
+void drift_lines(int n, const cpx* lines, const float* number, std::complex<float>* drifted);
 
-// Eight lines row + i * drift * correction, step apart, as blocks of 8 x 8 values, line by line;
-// drift is [2n]: -drift, drift for each value, and n a multiple of 8.
+// Eight lines row + i * drift * correction, step apart, as blocks of 8 x 8 values, line by line,
+// that are block_step apart; drift is [2n]: -drift, drift for each value, and n a multiple of 8.
 void correct_into_blocks(int n, const cpx* row, const std::complex<float>* correction,
-                         std::size_t step, const double* drift, cpx* blocks);
+                         std::size_t step, const double* drift, cpx* blocks,
+                         std::size_t block_step);
 // out += row + i * drift * correction.
 void add_corrected(int n, const cpx* row, const std::complex<float>* correction,
                    const double* drift, cpx* out);
@@ -39,8 +37,8 @@ void add_corrected(int n, const cpx* row, const std::complex<float>* correction,
 void add_weighted(int n, const cpx* row, const std::complex<float>* correction, const double* drift,
                   const cpx* weight, cpx* out);
 
-// power[q] += |f[q]|^2.
-void add_power(int n, const cpx* f, double* power);
+// power[q] = |f[q]|^2 + |g[q]|^2; without g the first alone.
+void power_of(int n, const cpx* f, const cpx* g, double* power);
 // power[q] += power[n - q] for 0 < q < n - q.
 void fold_power(int n, double* power);
 // The sum of power * factor, in strands of a fixed order.

@@ -65,8 +65,7 @@ void ManyPairs::sum(const Slice& to, const PairRuns& runs, const BinnedSpectrum&
   const auto batch = static_cast<std::size_t>(sums.batch());
   for (std::size_t first = 0; first < functions.size(); first += batch) {
     const std::size_t end = std::min(functions.size(), first + batch);
-    for (std::size_t r = first; r < end; ++r)
-      sums.columns(static_cast<int>(r - first), spectrum, transfers.get(functions[r]));
+    sums.columns(spectrum, transfers.get({functions.data() + first, end - first}));
     constexpr double kRowPass = 5.0;  // ns a sample
     sums.rows(kRowPass * static_cast<double>((end - first) * grid_.plane()),
               [&](int group, PlaneSums::RowGroup rows) {

@@ -29,9 +29,25 @@ void IndexRuns::find(const Slice& slice, int ny, int nx) {
 
 PairRuns::PairRuns(const Grid& grid) : nx_(grid.nx), ny_(grid.ny) {}
 
+namespace {
+
+// In the order in which they stand; by insertion where they are few, which needs no memory.
+void sort_by_pair(std::vector<Run>::iterator begin, std::vector<Run>::iterator end) {
+  constexpr std::ptrdiff_t kFew = 64;
+  const auto by_pair = [](const Run& a, const Run& b) { return a.pair < b.pair; };
+  if (end - begin > kFew) return std::stable_sort(begin, end, by_pair);
+  for (auto run = begin; run != end; ++run)
+    std::rotate(std::upper_bound(begin, run, *run, by_pair), run, run + 1);
+}
+
+}  // namespace
+
 std::uint32_t PairRuns::place_of(const IndexPair& pair) {
-  // Neighbours in a column are mostly alike.
-  if (!runs_.empty() && same_bits(pairs_[runs_.back().pair], pair)) return runs_.back().pair;
+  // A few pairs are compared faster than hashed.
+  constexpr std::size_t kFew = 8;
+  if (pairs_.size() <= kFew)
+    for (std::uint32_t place = 0; place < pairs_.size(); ++place)
+      if (same_bits(pairs_[place], pair)) return place;
   const auto [entry, is_new] = places_.try_emplace(pair, static_cast<std::uint32_t>(pairs_.size()));
   if (is_new) pairs_.push_back(pair);
   return entry->second;
@@ -62,8 +78,7 @@ void PairRuns::find(const Slice& from, const Slice& to) {
         begin = end;
       }
     }
-    std::stable_sort(runs_.begin() + static_cast<std::ptrdiff_t>(group_begin_.back()), runs_.end(),
-                     [](const Run& a, const Run& b) { return a.pair < b.pair; });
+    sort_by_pair(runs_.begin() + static_cast<std::ptrdiff_t>(group_begin_.back()), runs_.end());
     group_begin_.push_back(runs_.size());
   }
 }

@@ -31,11 +31,11 @@ std::vector<double> with_both_signs(const Axis& axis) {
   return result;
 }
 
-// As many planes as stay in a core's own cache, or a few.
+// A column's plane waves are read once for all sums of a batch; what that saves is little on planes
+// that would take much memory.
 int planes_for(const Axis& x, const Axis& y) {
-  constexpr double kBytes = 1.5e6;
-  const double bytes = 16.0 * x.n * y.n;
-  return static_cast<int>(std::clamp(kBytes / bytes, 1.0, 8.0));
+  constexpr double kBytes = 64e6;
+  return static_cast<int>(std::clamp(kBytes / (16.0 * x.n * y.n), 1.0, 8.0));
 }
 
 }  // namespace
@@ -48,32 +48,43 @@ PlaneSums::PlaneSums(const Axis& x, const Axis& y, std::vector<Workspace>& works
       number_y_(twice(y)),
       drift_x_(with_both_signs(x)),
       drift_y_(with_both_signs(y)),
-      flux_of_fold_(at(x.folds)) {
-  for (int plane = 0; plane < planes_for(x, y); ++plane)
-    planes_.push_back({TurningPlane(x.n, y.n), std::vector<char>(at(groups_of(x.n)))});
+      batch_(planes_for(x, y)) {
   Workspace& work = workspaces_.front();
-  const auto layout = [](int n) {
-    const auto step = static_cast<int>(line_step(n));
-    return fftwpp::many_layout{n, kBatch, 1, step, 1, step};
-  };
-  column_ = std::make_unique<fftwpp::fft1d_many>(layout(y.n), 1, work.in.get(), work.out.get());
-  row_ = std::make_unique<fftwpp::fft1d_many>(layout(x.n), 1, work.in.get(), work.out.get());
-  column_drift_ = std::make_unique<fftwpp::fft1f_many>(layout(y.n), 1, work.drift_in.get(),
-                                                       work.drift_out.get());
-  row_drift_ = std::make_unique<fftwpp::fft1f_many>(layout(x.n), 1, work.drift_in.get(),
-                                                    work.drift_out.get());
+  const auto column_step = static_cast<int>(line_step(y.n));
+  const fftwpp::many_layout columns = {y.n, kBatch, 1, column_step, 1, column_step};
+  // Rows lie side by side in the plane.
+  const fftwpp::many_layout rows = {x.n, kBatch, kBatch, 1, 1, static_cast<int>(line_step(x.n))};
+  column_ = std::make_unique<fftwpp::fft1d_many>(columns, 1, work.in.get(), work.out.get());
+  row_ = std::make_unique<fftwpp::fft1d_many>(rows, 1, work.in.get(), work.out.get());
+  column_drift_ =
+      std::make_unique<fftwpp::fft1f_many>(columns, 1, work.drift_in.get(), work.drift_out.get());
+  row_drift_ =
+      std::make_unique<fftwpp::fft1f_many>(rows, 1, work.drift_in.get(), work.drift_out.get());
 }
 
-double PlaneSums::columns(int plane, const BinnedSpectrum& spectrum, const Transfer& transfer) {
+void PlaneSums::columns(const BinnedSpectrum& spectrum, std::span<const Transfer* const> transfers,
+                        double* flux) {
   const int groups = groups_of(x_.n);
-  share_out(groups, kColumnPass * x_.n * y_.n, [&](int group, int worker) {
-    transform_columns(group, spectrum, transfer, planes_[at(plane)], workspaces_[at(worker)]);
-    for (int fold = group * kBatch; fold < std::min(x_.folds, (group + 1) * kBatch); ++fold)
-      flux_of_fold_[at(fold)] = weighted_sum(y_.folds, spectrum.power(fold),
-                                             transfer.flux.data() + at(fold) * at(y_.folds));
+  while (planes_.size() < transfers.size())
+    planes_.push_back({TurningPlane(x_.n, y_.n), std::vector<char>(at(groups)),
+                       std::vector<double>(at(x_.folds))});
+  const double work = kColumnPass * x_.n * y_.n * static_cast<double>(transfers.size());
+  share_out(groups, work, [&](int place, int worker) {
+    const int group = mirrored(place, groups);
+    for (std::size_t sum = 0; sum < transfers.size(); ++sum) {
+      Plane& plane = planes_[sum];
+      transform_columns(group, spectrum, *transfers[sum], plane, workspaces_[at(worker)]);
+      if (flux == nullptr) continue;
+      for (int fold = group * kBatch; fold < std::min(x_.folds, (group + 1) * kBatch); ++fold)
+        plane.flux_of_folds[at(fold)] = weighted_sum(
+            y_.folds, spectrum.power(fold), transfers[sum]->flux.data() + at(fold) * at(y_.folds));
+    }
   });
+  if (flux == nullptr) return;
   // In one order, so that the sum does not depend on the threads.
-  return std::accumulate(flux_of_fold_.begin(), flux_of_fold_.end(), 0.0);
+  for (std::size_t sum = 0; sum < transfers.size(); ++sum)
+    flux[sum] =
+        std::accumulate(planes_[sum].flux_of_folds.begin(), planes_[sum].flux_of_folds.end(), 0.0);
 }
 
 double PlaneSums::flux(const BinnedSpectrum& spectrum, const Transfer& transfer) {
@@ -102,19 +113,25 @@ void PlaneSums::transform_columns(int group, const BinnedSpectrum& spectrum,
       std::fill_n(drift_in, y_.n, std::complex<float>());
     }
   }
+  const bool was_live = plane.is_live[at(group)] != 0;
   plane.is_live[at(group)] = is_live ? 1 : 0;
-  if (!is_live) return;
+  if (!is_live && !was_live) return;
+  const std::size_t block_step = plane.values.block_step();
+  if (!is_live) {
+    for (int reader = 0; reader < groups_of(y_.n); ++reader)
+      std::fill_n(plane.values.block(group, reader), kBatch * kBatch, 0.0);
+    return;
+  }
   column_->fft(work.in.get(), work.out.get());
   column_drift_->fft(work.drift_in.get(), work.drift_out.get());
   correct_into_blocks(groups_of(y_.n) * kBatch, work.out.get(), work.drift_out.get(), step,
-                      drift_y_.data(), plane.values.block(group, 0));
+                      drift_y_.data(), plane.values.block(group, 0), block_step);
 }
 
 void PlaneSums::RowGroup::prepare(int plane_number) {
-  Plane& plane = sums_.planes_[at(plane_number)];
-  plane.values.read(group_, plane.is_live, line_step(sums_.x_.n), work_.in.get(),
-                    sums_.number_x_.data(), work_.drift_in.get());
-  sums_.row_->fft(work_.in.get(), work_.out.get());
+  cpx* lines = sums_.planes_[at(plane_number)].values.lines(group_);
+  drift_lines(sums_.x_.n, lines, sums_.number_x_.data(), work_.drift_in.get());
+  sums_.row_->fft(lines, work_.out.get());
   sums_.row_drift_->fft(work_.drift_in.get(), work_.drift_out.get());
 }
 
@@ -123,7 +140,7 @@ PlaneSums::Row PlaneSums::RowGroup::row(int line) const {
   return {work_.out.get() + begin, work_.drift_out.get() + begin, sums_.drift_x_.data()};
 }
 
-// What the transform was made from is done with.
+// Rows are transformed from where they lie in the plane.
 cpx* PlaneSums::RowGroup::room(int line) const {
   return work_.in.get() + at(line) * line_step(sums_.x_.n);
 }

@@ -1,6 +1,8 @@
 // Sums over all plane waves at all samples of a plane, by transforms.
 #pragma once
 
+#include <span>
+
 #include "wpm/binned_spectrum.h"
 #include "wpm/pair_runs.h"
 #include "wpm/threads.h"
@@ -8,26 +10,26 @@
 
 namespace wpm {
 
-// Inverse transforms of a spectrum times a transfer function, corrected to first order for the
-// drift of the axes: columns first, each with the drift in y, then rows with the drift in x. The
+// Inverse transforms of a spectrum times transfer functions, corrected to first order for the drift
+// of the axes: columns first, each with the drift in y, then rows with the drift in x. The
 // corrections are below 1e-6 of the sum, so single precision keeps them to 1e-13. A transform is
-// two passes over the plane, eight lines at a time, by all threads.
+// two passes over the plane, eight lines at a time, by all threads; those of several sums go
+// together, so that threads wait for each other less often.
 //
-//   sums.columns(0, spectrum, transfer_a);
-//   sums.columns(1, spectrum, transfer_b);
+//   sums.columns(spectrum, {&transfer_a, &transfer_b}, flux);
 //   sums.rows(group by group: what to do with each sum)
 class PlaneSums {
  public:
   PlaneSums(const Axis& x, const Axis& y, std::vector<Workspace>& workspaces);
 
-  // How many sums to begin before rows() ends them: more at once on small planes, where waiting for
-  // each other costs threads more than memory does.
-  [[nodiscard]] int batch() const { return static_cast<int>(planes_.size()); }
+  // How many sums may be begun before rows() ends them.
+  [[nodiscard]] int batch() const { return batch_; }
 
   // The flux of a sample.
   double flux(const BinnedSpectrum& spectrum, const Transfer& transfer);
-  // Begins sum number plane of a batch. Returns the flux of a sample.
-  double columns(int plane, const BinnedSpectrum& spectrum, const Transfer& transfer);
+  // Begins the sums of a batch. flux, if it is given, takes the flux of a sample in each.
+  void columns(const BinnedSpectrum& spectrum, std::span<const Transfer* const> transfers,
+               double* flux = nullptr);
 
   // A row of a sum, before its correction: see add_corrected.
   struct Row {
@@ -62,7 +64,8 @@ class PlaneSums {
  private:
   struct Plane {
     TurningPlane values;
-    std::vector<char> is_live;  // [column group]
+    std::vector<char> is_live;          // [column group]; zeros elsewhere
+    std::vector<double> flux_of_folds;  // [x.folds]
   };
   void transform_columns(int group, const BinnedSpectrum& spectrum, const Transfer& transfer,
                          Plane& plane, Workspace& work);
@@ -70,10 +73,10 @@ class PlaneSums {
   const Axis& x_;
   const Axis& y_;
   std::vector<Workspace>& workspaces_;
-  std::vector<Plane> planes_;
   std::vector<float> number_x_, number_y_;  // [2n]: of each bin, twice
   std::vector<double> drift_x_, drift_y_;   // [2n]: -drift, drift of each sample
-  std::vector<double> flux_of_fold_;
+  int batch_;
+  std::vector<Plane> planes_;  // as many as were wanted
   std::unique_ptr<fftwpp::fft1d_many> column_, row_;
   std::unique_ptr<fftwpp::fft1f_many> column_drift_, row_drift_;
 };

@@ -24,6 +24,7 @@ class RollingPair : public Slices {
     std::size_t index = 0;  // which of the index planes is this slice's
   };
 
+  void darken(Buffers& slice) const;
   void paint(int k);
 
   const IndexStack& stack_;

@@ -10,6 +10,18 @@ namespace wpm {
 void set_threads(int count);
 int threads();
 
+// While it lives, sums use so many of the threads at most, or fewer where another says so.
+class ThreadLimit {
+ public:
+  explicit ThreadLimit(int count);
+  ~ThreadLimit();
+  ThreadLimit(const ThreadLimit&) = delete;
+  ThreadLimit& operator=(const ThreadLimit&) = delete;
+
+ private:
+  int before_;
+};
+
 namespace detail {
 using Call = void (*)(void* context, int index, int worker);
 void share_out(int count, double nanoseconds, Call call, void* context);

@@ -92,6 +92,18 @@ std::size_t TransferStore::begin(const std::vector<IndexPair>& pairs) {
 }
 
 const Transfer& TransferStore::get(const IndexPair& pair) {
+  std::size_t passing = 0;
+  return find(pair, passing);
+}
+
+std::span<const Transfer* const> TransferStore::get(std::span<const IndexPair> pairs) {
+  std::size_t passing = 0;
+  together_.clear();
+  for (const IndexPair& pair : pairs) together_.push_back(&find(pair, passing));
+  return together_;
+}
+
+const Transfer& TransferStore::find(const IndexPair& pair, std::size_t& passing) {
   const auto found = place_.find(pair);
   if (found != place_.end()) return found->second->transfer;
   ++made_;
@@ -101,8 +113,10 @@ const Transfer& TransferStore::get(const IndexPair& pair) {
     entries_.splice(entries_.begin(), entries_, std::prev(entries_.end()));
     place_.erase(entries_.front().pair);
   } else {
-    find_transfer(pair, folds_, options_, passing_);
-    return passing_;
+    if (passing_.size() == passing) passing_.emplace_back();
+    Transfer& transfer = *std::next(passing_.begin(), static_cast<std::ptrdiff_t>(passing++));
+    find_transfer(pair, folds_, options_, transfer);
+    return transfer;
   }
   Entry& entry = entries_.front();
   entry.pair = pair;

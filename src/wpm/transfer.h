@@ -2,6 +2,7 @@
 #pragma once
 
 #include <list>
+#include <span>
 #include <unordered_map>
 #include <vector>
 
@@ -40,8 +41,10 @@ class TransferStore {
 
   // Says which pairs the next calls of get will ask for; returns how many of them are to be made.
   std::size_t begin(const std::vector<IndexPair>& pairs);
-  // The pair's; valid until the next call.
+  // The pair's; valid until the next call of this or of begin.
   const Transfer& get(const IndexPair& pair);
+  // Those of several; valid likewise.
+  std::span<const Transfer* const> get(std::span<const IndexPair> pairs);
 
   // Whether all are tame; remembered where the transfer functions themselves are not.
   bool are_tame(const std::vector<IndexPair>& pairs);
@@ -55,13 +58,16 @@ class TransferStore {
     bool is_needed = false;
   };
   bool is_tame(const IndexPair& pair);
+  // passing: those of the call that got no room so far, each with a place of its own.
+  const Transfer& find(const IndexPair& pair, std::size_t& passing);
 
   FoldedFrequencies folds_;
   StepOptions options_;
   std::size_t capacity_;      // entries
   std::list<Entry> entries_;  // those of the latest step first
   std::unordered_map<IndexPair, std::list<Entry>::iterator, HashBits, SameBits> place_;
-  Transfer passing_;  // one that there was no room for
+  std::list<Transfer> passing_;  // those that there was no room for
+  std::vector<const Transfer*> together_;
   std::unordered_map<IndexPair, bool, HashBits, SameBits> is_tame_;
   int made_ = 0;
 };

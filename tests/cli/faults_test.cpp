@@ -122,4 +122,16 @@ TEST_F(Faults, ThreadsAreAsManyAsAskedFor) {
     }
 }
 
+// Where the system grants one helper of two, or none, the run goes on with those there are.
+TEST_F(Faults, ThreadsThatCannotBeStartedAreDoneWithout) {
+  for (const auto& [fault, started] : {std::pair("thread:1", 1), {"thread:2", 2}}) {
+    EXPECT_EQ(run({"-p", "--fast", "--threads", "3", "--set", "global.nx=64", "--set",
+                   "global.ny=64", "--set", "global.nz=3"},
+                  fault)
+                  .status,
+              0);
+    EXPECT_EQ(calls("thread"), started);
+  }
+}
+
 }  // namespace

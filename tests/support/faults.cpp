@@ -1,8 +1,8 @@
 // Preloaded into the real program by a test: makes one call fail and counts them all.
 //
 // FAULT=KIND:N lets the N-th call of a kind fail, counted from 1: "memory" (an allocation), "open",
-// "write" or "close" (of files other than the standard streams). At the exit the number of calls of
-// each kind goes to the file COUNTS, as "KIND N" a line; "thread" counts threads started.
+// "write" or "close" (of files other than the standard streams), "thread" (the start of one). At
+// the exit the number of calls of each kind goes to the file COUNTS, as "KIND N" a line.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
@@ -164,7 +164,7 @@ int fclose(std::FILE* file) {
 
 int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
                    void* argument) {
-  fails(kThread, 0);
+  if (fails(kThread, EAGAIN)) return EAGAIN;
   return next<int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*)>(
       "pthread_create")(thread, attributes, body, argument);
 }
