@@ -28,4 +28,11 @@ if grep -rln 'standin\.h' src | grep -v '^src/kernel/launch\.h$'; then
 fi
 # Input data sets: at the bottom, beside the messages.
 forbid src/data 'system/|wpm/|kernel/|io/|main/|fftw'
+# Ranks: what processes do together, whatever a run is.
+forbid src/ranks 'system/|wpm/|kernel/|io/|main/|data/'
+# And nobody else speaks to them.
+if grep -rnE '#include <(mpi|fftw3-mpi)\.h>' inc fftw++ src standin | grep -v '^src/ranks/mpi\.cpp:'; then
+  echo "only src/ranks/mpi.cpp may know MPI" >&2
+  status=1
+fi
 exit $status

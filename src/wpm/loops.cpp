@@ -16,7 +16,6 @@
 namespace wpm {
 namespace {
 
-constexpr double kTameAmplitude = 1e15;
 constexpr double kWeak = 1e-8;  // the square of the cut-off
 constexpr double kUnsure = 1e-6;
 
@@ -120,6 +119,15 @@ ZERITH_WIDE void apply_transfer(int n, const cpx* f, const cpx* factor, const fl
     two(a, __builtin_shufflevector(t, t, 2, 3, 0, 1));
   }
   if (a < n) one(a, n - a);
+}
+
+ZERITH_WIDE void times_number(int n, const cpx* row, const float* number,
+                              std::complex<float>* drifted) {
+  int a = 0;
+  for (; a + 2 <= n; a += 2)
+    store(__builtin_convertvector(load<Two>(row + a), TwoSingle) * load<TwoSingle>(number + 2 * a),
+          drifted + a);
+  if (a < n) drifted[a] = drifted_one(row[a], number + 2 * a);
 }
 
 ZERITH_WIDE void turn_block(const cpx* from, std::size_t step, const float* number, cpx* to,

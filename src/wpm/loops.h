@@ -8,6 +8,10 @@
 
 namespace wpm {
 
+// Amplitudes of this size and more are not tame: sums of them, times transfer functions, have no
+// room in the single precision of the corrections.
+constexpr double kTameAmplitude = 1e15;
+
 // Raw transform values to amplitudes.
 struct Taken {
   std::size_t kept = 0;  // that are not weak
@@ -20,6 +24,9 @@ Taken take_amplitudes(int n, const cpx* S, double scale, cpx* f);
 //   factor  [n/2 + 1];  number  [2n], each twice
 void apply_transfer(int n, const cpx* f, const cpx* factor, const float* number, cpx* row,
                     std::complex<float>* drifted);
+
+// drifted = row * number in single precision.
+void times_number(int n, const cpx* row, const float* number, std::complex<float>* drifted);
 
 // A block of 8 x 8 values into eight lines, to[a][b] = from[b][a], and drifted = to * number in
 // single precision; lines are step apart, number is [16].

@@ -16,21 +16,6 @@ std::size_t at(int i) {
   return static_cast<std::size_t>(i);
 }
 
-// Both for whole groups, so that loops need no end of their own.
-std::vector<float> twice(const Axis& axis) {
-  std::vector<float> result;
-  for (const double number : axis.number)
-    result.insert(result.end(), 2, static_cast<float>(number));
-  result.resize(2 * at(groups_of(axis.n) * kBatch));
-  return result;
-}
-std::vector<double> with_both_signs(const Axis& axis) {
-  std::vector<double> result;
-  for (const double drift : axis.drift) result.insert(result.end(), {-drift, drift});
-  result.resize(2 * at(groups_of(axis.n) * kBatch));
-  return result;
-}
-
 // As many planes as stay in a core's own cache, or a few.
 int planes_for(const Axis& x, const Axis& y) {
   constexpr double kBytes = 1.5e6;
@@ -44,24 +29,18 @@ PlaneSums::PlaneSums(const Axis& x, const Axis& y, std::vector<Workspace>& works
     : x_(x),
       y_(y),
       workspaces_(workspaces),
-      number_x_(twice(x)),
-      number_y_(twice(y)),
-      drift_x_(with_both_signs(x)),
-      drift_y_(with_both_signs(y)),
+      number_x_(numbers_twice(x)),
+      number_y_(numbers_twice(y)),
+      drift_x_(drift_with_both_signs(x)),
+      drift_y_(drift_with_both_signs(y)),
       flux_of_fold_(at(x.folds)) {
   for (int plane = 0; plane < planes_for(x, y); ++plane)
     planes_.push_back({TurningPlane(x.n, y.n), std::vector<char>(at(groups_of(x.n)))});
   Workspace& work = workspaces_.front();
-  const auto layout = [](int n) {
-    const auto step = static_cast<int>(line_step(n));
-    return fftwpp::many_layout{n, kBatch, 1, step, 1, step};
-  };
-  column_ = std::make_unique<fftwpp::fft1d_many>(layout(y.n), 1, work.in.get(), work.out.get());
-  row_ = std::make_unique<fftwpp::fft1d_many>(layout(x.n), 1, work.in.get(), work.out.get());
-  column_drift_ = std::make_unique<fftwpp::fft1f_many>(layout(y.n), 1, work.drift_in.get(),
-                                                       work.drift_out.get());
-  row_drift_ = std::make_unique<fftwpp::fft1f_many>(layout(x.n), 1, work.drift_in.get(),
-                                                    work.drift_out.get());
+  column_ = inverse_of_lines(y.n, work);
+  row_ = inverse_of_lines(x.n, work);
+  column_drift_ = drift_of_lines(y.n, work);
+  row_drift_ = drift_of_lines(x.n, work);
 }
 
 double PlaneSums::columns(int plane, const BinnedSpectrum& spectrum, const Transfer& transfer) {
