@@ -8,6 +8,7 @@
 
 #include "aborts.h"
 #include "wisdom.h"
+#include "wisdom_state.h"
 
 namespace fftwpp {
 namespace {
@@ -114,7 +115,7 @@ void fftw::ReadWisdom() {
 }
 
 void fftw::WriteWisdom() {
-  if (!is_writable_wisdom(WisdomName)) return;
+  if (is_wisdom_closed() || !is_writable_wisdom(WisdomName)) return;
   ofWisdom.open(WisdomName, std::ios::out | std::ios::trunc);
   fftw_export_wisdom(write_character, &ofWisdom);
   ofWisdom.close();

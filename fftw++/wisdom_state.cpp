@@ -5,8 +5,15 @@
 #include "fftw++.h"
 
 namespace fftwpp {
+namespace {
+
+bool is_closed = false;
+std::string closed_text, closed_single_text;
+
+}  // namespace
 
 std::string wisdom_text() {
+  if (is_closed) return closed_text;
   char* text = fftw_export_wisdom_to_string();
   std::string result = text != nullptr ? text : "";
   std::free(text);
@@ -14,6 +21,7 @@ std::string wisdom_text() {
 }
 
 std::string single_wisdom_text() {
+  if (is_closed) return closed_single_text;
   char* text = fftwf_export_wisdom_to_string();
   std::string result = text != nullptr ? text : "";
   std::free(text);
@@ -25,6 +33,16 @@ void restore_wisdom(const std::string& wisdom, const std::string& single_wisdom)
   fftw_import_wisdom_from_string(wisdom.c_str());
   fftwf_import_wisdom_from_string(single_wisdom.c_str());
   fftw::Wise = true;
+}
+
+void close_wisdom() {
+  closed_text = wisdom_text();
+  closed_single_text = single_wisdom_text();
+  is_closed = true;
+}
+
+bool is_wisdom_closed() {
+  return is_closed;
 }
 
 }  // namespace fftwpp

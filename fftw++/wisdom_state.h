@@ -12,4 +12,9 @@ std::string single_wisdom_text();
 // before the first plan.
 void restore_wisdom(const std::string& wisdom, const std::string& single_wisdom);
 
+// Plans that are made from now on leave no trace: neither in the file nor in the texts above, which
+// stay as they are.
+void close_wisdom();
+bool is_wisdom_closed();
+
 }  // namespace fftwpp

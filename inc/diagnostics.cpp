@@ -9,6 +9,7 @@ namespace diagnostics {
 namespace {
 
 bool quiet = false;
+std::string voice;  // of a process that is not the first of its run
 std::vector<std::string> warned;
 void (*leave_by)() = nullptr;
 
@@ -21,7 +22,12 @@ void write_line(const std::string& text) {
 }  // namespace
 
 void set_quiet(bool is_quiet) {
-  quiet = is_quiet;
+  quiet = is_quiet || !voice.empty();
+}
+
+void speak_as(const std::string& name) {
+  voice = name;
+  set_quiet(quiet);
 }
 
 void warn(const std::string& text) {
@@ -38,7 +44,7 @@ void forget_warnings() {
 }
 
 void error(const std::string& text) {
-  write_line("error: " + text);
+  write_line("error: " + (voice.empty() ? text : voice + ": " + text));
 }
 
 void tell(const std::string& text) {
@@ -60,7 +66,7 @@ void progress(const std::string& text) {
 }
 
 void fail(const std::string& text) {
-  write_line("error: " + text);
+  write_line("error: " + (voice.empty() ? text : voice + ": " + text));
   if (leave_by != nullptr) leave_by();
   std::exit(-1);
 }

@@ -11,6 +11,10 @@ namespace diagnostics {
 // Quiet mode silences warnings and notes, never errors. Off until set.
 void set_quiet(bool is_quiet);
 
+// For one of several processes of a run, all but the first of which have a name: from now on it
+// keeps to itself what is not an error, and says under the name what is.
+void speak_as(const std::string& name);
+
 // Something the user should know while the run goes on. Kept, shown or not.
 void warn(const std::string& text);
 

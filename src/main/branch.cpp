@@ -6,13 +6,16 @@
 #include "main/hangings.h"
 #include "main/identity.h"
 #include "main/progress_line.h"
+#include "main/ranks_of_run.h"
 #include "main/stages.h"
+#include "ranks/ranks.h"
 #include "wisdom_state.h"
 #include "wpm/health.h"
 #include "wpm/progress.h"
 #include "wpm/rolling_pair.h"
 #include "wpm/stepper.h"
 #include "wpm/whole_volume.h"
+#include "wpm/windows.h"
 
 const BranchFiles& files_of(Branch branch) {
   static constexpr BranchFiles kDevice = {"E_gpu.csv", "EFlux_gpu.csv", "EFlux_gpu_Z.csv",
@@ -32,8 +35,10 @@ std::unique_ptr<Slices> slices_of(const Run& run, cpx* E, double* F, const RunSt
                 E + static_cast<std::size_t>(state->slice) * run.grid.plane());
     return volume;
   }
-  auto pair = std::make_unique<RollingPair>(*run.stack, run.E.data(), run.F.data());
-  if (state != nullptr) pair->go_on_at(state->slice, state->E.data());
+  auto pair = std::make_unique<RollingPair>(*run.stack, run.window,
+                                            my_window(run, run.E.data()).data(),
+                                            my_window(run, run.F.data()).data());
+  if (state != nullptr) pair->go_on_at(state->slice, my_window(run, state->E.data()).data());
   return pair;
 }
 
@@ -103,18 +108,22 @@ BranchResult march_branch(Run& run, Branch branch, Stepper& stepper, double plan
     hangings.go_back_to(run, *state);
     times.steps = state->step_seconds;
   }
-  HealthWatch health(run.grid);
+  HealthWatch health(wpm::samples_of(run.grid, run.window));
   ProgressLine progress(run.grid, stepper, options.is_plain_progress);
   StopWatch stop(options.checkpoint, run.identity, options.checkpoint_seconds, branch, run.grid,
                  hangings.sinks(), times.steps, run.edge.get());
   const HeldSignals held;
   SliceWatcher* watchers[] = {&health, &progress, &stop};
-  march(run.grid, *slices, stepper, hangings.masks(), hangings.sinks(), watchers,
+  GatheringSink gathering(run, hangings.sinks());
+  Sink* const all[] = {&gathering};
+  const std::span<Sink* const> sinks =
+      ranks::count() > 1 ? std::span<Sink* const>(all) : hangings.sinks();
+  march(run.grid, *slices, stepper, hangings.masks(), sinks, watchers,
         state != nullptr ? state->slice : kFromTheEntry, times);
   if (!health.verdict().empty()) diagnostics::warn(run.place(health.verdict()));
   tell_where_the_time_went(times, planning_seconds, stepper, options.is_plain_progress);
   tell_error_found(run, stepper);
-  if (run.edge != nullptr) tell_what_the_edge_took(run);
+  if (run.edge != nullptr && ranks::is_first()) tell_what_the_edge_took(run);
   return {1000.0 * times.steps, hangings.flux_of_first()};
 }
 

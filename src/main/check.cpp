@@ -7,6 +7,7 @@
 #include "diagnostics.h"
 #include "main/stages.h"
 #include "main/streaming.h"
+#include "ranks/ranks.h"
 #include "system/stack_plan.h"
 #include "wpm/progress.h"
 #include "wpm/survey.h"
@@ -97,6 +98,7 @@ void report_work(const Run& run) {
 
 void answer_check(Run& run) {
   if (!run.options.is_check) return;
+  if (!ranks::is_first()) std::exit(0);
   line("file", run.options.config_file);
   report_grid(run);
   report_memory(run);

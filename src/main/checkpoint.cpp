@@ -14,7 +14,9 @@
 
 #include "diagnostics.h"
 #include "main/identity.h"
+#include "ranks/ranks.h"
 #include "wisdom_state.h"
+#include "wpm/windows.h"
 
 namespace {
 
@@ -210,8 +212,10 @@ void StopWatch::write(int k, const Slice& slice) {
   state.slice = k;
   state.step_seconds = step_seconds_;
   state.taken_by_edge = edge_ != nullptr ? edge_->taken() : 0.0;
+  if (ranks::is_first()) state.E.resize(grid_.plane());
+  wpm::gather_rows(grid_, slice.E, 0, grid_.ny, state.E.data());
+  if (!ranks::is_first()) return;
   for (Sink* sink : sinks_) state.marks.push_back(sink->mark());
-  state.E.assign(slice.E, slice.E + grid_.plane());
   state.wisdom = fftwpp::wisdom_text();
   state.wisdom_single = fftwpp::single_wisdom_text();
   write_checkpoint(file_, identity_, state);
@@ -219,17 +223,22 @@ void StopWatch::write(int k, const Slice& slice) {
 }
 
 void StopWatch::slice_done(int k, const Slice& slice) {
-  const int signal = signal_that_came;
-  if (!file_.empty() && (signal != 0 || std::chrono::steady_clock::now() - written_ >= every_))
-    write(k, slice);
+  // What one rank saw of the clock or of a signal, all do.
+  const bool is_late = std::chrono::steady_clock::now() - written_ >= every_;
+  const int due = ranks::most(2 * signal_that_came + (is_late && ranks::is_first() ? 1 : 0));
+  const int signal = due / 2;
+  if (!file_.empty() && due != 0) write(k, slice);
   if (signal == 0) return;
-  if (file_.empty())
-    for (Sink* sink : sinks_) sink->mark();  // to the disk
-  diagnostics::progress("");
-  diagnostics::error("stopped by a signal behind slice " + std::to_string(k) + " of " +
-                     std::to_string(grid_.nz - 1) +
-                     (file_.empty() ? "; what is written holds the slices up to there"
-                                    : "; the same command goes on from " + file_));
+  if (ranks::is_first()) {
+    if (file_.empty())
+      for (Sink* sink : sinks_) sink->mark();  // to the disk
+    diagnostics::progress("");
+    diagnostics::error("stopped by a signal behind slice " + std::to_string(k) + " of " +
+                       std::to_string(grid_.nz - 1) +
+                       (file_.empty() ? "; what is written holds the slices up to there"
+                                      : "; the same command goes on from " + file_));
+  }
+  ranks::meet();
   std::signal(signal, SIG_DFL);
   std::raise(signal);
 }

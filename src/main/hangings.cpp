@@ -6,6 +6,7 @@
 #include "data/dataset.h"
 #include "diagnostics.h"
 #include "main/stages.h"
+#include "ranks/ranks.h"
 #include "wpm/sampled_field.h"
 
 namespace {
@@ -49,11 +50,12 @@ RunContext context_of(const Run& run) {
 void make_hangings(Run& run) {
   const Description& d = run.description;
   if (!run.stack->screens().empty())
-    run.screens = std::make_unique<ScreenMask>(run.grid, run.stack->screens(), d.so.sysname);
+    run.screens =
+        std::make_unique<ScreenMask>(run.grid, run.window, run.stack->screens(), d.so.sysname);
   if (d.so.edge > 0)
-    run.edge = std::make_unique<EdgeMask>(run.grid, d.so.edge * d.so.f,
-                                          run.lambda / run.N.data()[0].real());
-  if (d.monitors.empty()) return;
+    run.edge = std::make_unique<EdgeMask>(run.grid, run.window, d.so.edge * d.so.f,
+                                          run.lambda / run.entry_index);
+  if (d.monitors.empty() || !ranks::is_first()) return;
   run.monitors = make_monitors(d.monitors, run.grid, context_of(run));
   if (!run.options.is_cpu && !run.options.is_gpu)
     diagnostics::warn(run.place("monitors record what is propagated; add -p or -g"));
@@ -63,7 +65,7 @@ void make_hangings(Run& run) {
 
 // Screens before the edge, which takes from what they leave.
 Hangings::Hangings(Run& run, Branch branch) {
-  if (run.is_streamed) add_files(run, branch);
+  if (run.is_streamed && ranks::is_first()) add_files(run, branch);
   for (const std::unique_ptr<Sink>& file : files_) sinks_.push_back(file.get());
   if (branch == Branch::kCpu || !run.options.is_cpu)
     for (const std::unique_ptr<Sink>& monitor : run.monitors) sinks_.push_back(monitor.get());

@@ -1,6 +1,7 @@
 #include <iostream>
 
 #include "main/stages.h"
+#include "ranks/ranks.h"
 
 namespace {
 
@@ -55,11 +56,11 @@ void printHelp(const char* argv) {
 
 void answer_help_and_version(const Options& options) {
   if (options.is_help) {
-    printHelp(options.program.c_str());
+    if (ranks::is_first()) printHelp(options.program.c_str());
     std::exit(0);
   }
   if (options.is_version) {
-    std::cout << VERSION << std::endl;
+    if (ranks::is_first()) std::cout << VERSION << std::endl;
     std::exit(0);
   }
 }

@@ -1,22 +1,30 @@
 // zerith: monochromatic light in three-dimensional optical structures.
 
+#include "main/ranks_of_run.h"
 #include "main/stages.h"
 #include "main/sweep.h"
 #include "memory_handler.h"
+#include "ranks/ranks.h"
 
 int main(int argc, char* argv[]) {
   install_memory_handler();
-  const Options options(argc, argv);
+  if (!is_sweep(argc, argv)) ranks::join(argc, argv);
+  const Options options = ranks::after_first([&] { return Options(argc, argv); });
   answer_help_and_version(options);
   if (is_sweep(argc, argv)) return run_sweep(argc, argv);
 
   Run run(options);
-  read_configuration(run);
-  lay_out_sampling(run);
-  build_scene(run);
-  look_ahead(run);
+  ranks::after_first([&] {
+    read_configuration(run);
+    lay_out_sampling(run);
+    require_shareable(run);
+    build_scene(run);
+  });
+  share_wavelength(run);
+  ranks::after_first([&] { look_ahead(run); });
   answer_check(run);
-  secure_outputs(run);
+  ranks::after_first([&] { secure_outputs(run); });
+  share_resumed(run);
   export_inputs(run);
   report_run_flags(run);
   if (options.is_gpu) run_on_device(run);

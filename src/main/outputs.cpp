@@ -6,6 +6,7 @@
 #include "main/hangings.h"
 #include "main/identity.h"
 #include "main/stages.h"
+#include "ranks/ranks.h"
 #include "wisdom_state.h"
 
 namespace {
@@ -65,11 +66,13 @@ std::vector<std::string> outputs_of(const Run& run) {
 
 void look_ahead(Run& run) {
   make_hangings(run);
+  if (!ranks::is_first()) return;
   warn_of_plane(run);
   for (const std::string& name : Outputs(run).all()) warn_if_unwritable(name);
 }
 
 void secure_outputs(Run& run) {
+  if (!ranks::is_first()) return;
   const Options& options = run.options;
   std::vector<std::string> names = outputs_of(run);
   for (const Monitor& monitor : run.description.monitors) names.push_back(monitor.file);
@@ -91,12 +94,12 @@ void secure_outputs(Run& run) {
 }
 
 void finish(const Run& run) {
-  if (!run.options.checkpoint.empty()) std::remove(run.options.checkpoint.c_str());
+  if (ranks::is_first() && !run.options.checkpoint.empty()) std::remove(run.options.checkpoint.c_str());
 }
 
 void record_row(const Run& run, double kernel_ms, double cpu_ms, double error) {
   const Options& options = run.options;
-  if (!options.is_store) return;
+  if (!options.is_store || !ranks::is_first()) return;
   options.require_value("r", "store-results");
   const Grid& grid = run.grid;
   // A run without a device does not look at its options.

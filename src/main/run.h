@@ -56,10 +56,13 @@ struct Run {
   Axes axes;
   double lambda = 0;  // m
   double k0 = 0;      // rad/m
+  double entry_index = 0;  // the real index of the first sample of slice 0
 
   std::unique_ptr<IndexStack> stack;
   bool is_streamed = false;  // slices instead of volumes
-  // Whole volumes, [nz][ny][nx]; of a streamed run the first slice of each.
+  Window window;             // the columns of this rank: all, but where there are several
+  // Whole volumes, [nz][ny][nx]; of a streamed run the first slice of each, which of several ranks
+  // the first has.
   HostArray<cpx> N, E;
   HostArray<double> F;
   HostArray<cufftDoubleComplex> h_E;  // the device's field, for the comparison

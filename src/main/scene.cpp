@@ -4,16 +4,19 @@
 #include "main/memory.h"
 #include "main/stages.h"
 #include "main/streaming.h"
+#include "ranks/ranks.h"
 
 namespace {
 
-// The arrays of slice 0, which is all that a stream holds of them here.
+// The arrays of slice 0, which is all that a stream holds of them here. Of several ranks the first
+// has them; the others know their own columns when the run begins.
 void prepare_stream(Run& run) {
   const Log& log = run.log;
   Description& d = run.description;
   const std::size_t plane = run.grid.plane();
   log << "\tSystem ..." << std::endl;
   run.stack = std::make_unique<IndexStack>(d.so, d.layers, log.is_quiet());
+  if (!ranks::is_first()) return;
   run.N = HostArray<cpx>(plane, "N");
   run.stack->paint(run.N.data(), Window::slice(run.grid, 0));
   log << "\tSystem ... \t\tdone." << std::endl << std::endl;
@@ -86,6 +89,7 @@ void build_scene(Run& run) {
   log << "\tWave ... \t\tdone." << std::endl << std::endl;
   log << "\t         \t\tlambda = " << run.lambda << std::endl << std::endl;
   run.k0 = 6.2831853 / run.lambda;
+  if (ranks::is_first()) run.entry_index = run.N.data()[0].real();
 
   run.initTimer.stop();
   log << "Initialization ... \t\t";
@@ -96,6 +100,7 @@ void build_scene(Run& run) {
 }
 
 void export_inputs(Run& run) {
+  if (!ranks::is_first()) return;
   const Options& options = run.options;
   options.require_value("x", "cross-section");
   options.require_value("l", "layer");

@@ -8,10 +8,13 @@
 #include "main/memory.h"
 #include "main/stages.h"
 #include "main/streaming.h"
+#include "ranks/ranks.h"
 #include "system/advice.h"
 #include "wpm/threads.h"
+#include "wpm/windows.h"
 
-Run::Run(const Options& options_) : options(options_), log(options_.is_quiet || options_.is_check) {
+Run::Run(const Options& options_)
+    : options(options_), log(options_.is_quiet || options_.is_check || !ranks::is_first()) {
   omp_set_num_threads(threads_of(options));  // of the stand-in
   wpm::set_threads(threads_of(options));
 }
@@ -143,6 +146,7 @@ void lay_out_sampling(Run& run) {
   Axes& axes = run.axes;
   run.grid = Grid(run.description.so);
   const Grid& grid = run.grid;
+  run.window = wpm::window_of_rank(grid);
   const bool is_usable = refusal(run).empty();
 
   log << "\t\tSpace X ...";

@@ -20,6 +20,7 @@
 #include "main/sweep_point.h"
 #include "main/sweep_subject.h"
 #include "main/sweep_table.h"
+#include "ranks/ranks.h"
 #include "wpm/progress.h"
 
 namespace sweep {
@@ -223,6 +224,10 @@ bool is_sweep(int argc, char* argv[]) {
 }
 
 int run_sweep(int argc, char* argv[]) {
+  if (!chCommandLineGetBool("points", argc, argv))
+    ranks::require_alone(
+        "each would do the whole sweep: give each process its own points with --points, or start "
+        "one process");
   sweep::Plan plan = sweep::read_plan(argc, argv);
   diagnostics::set_quiet(plan.is_quiet);
   return sweep::Sweep(std::move(plan)).run();

@@ -31,4 +31,35 @@ Workspace::Workspace(int longest)
       drift_in(allocate_aligned<std::complex<float>>(kBatch * line_step(longest))),
       drift_out(allocate_aligned<std::complex<float>>(kBatch * line_step(longest))) {}
 
+namespace {
+
+fftwpp::many_layout layout_of_lines(int n) {
+  const auto step = static_cast<int>(line_step(n));
+  return {n, kBatch, 1, step, 1, step};
+}
+
+}  // namespace
+
+std::unique_ptr<fftwpp::fft1d_many> inverse_of_lines(int n, Workspace& work) {
+  return std::make_unique<fftwpp::fft1d_many>(layout_of_lines(n), 1, work.in.get(), work.out.get());
+}
+std::unique_ptr<fftwpp::fft1f_many> drift_of_lines(int n, Workspace& work) {
+  return std::make_unique<fftwpp::fft1f_many>(layout_of_lines(n), 1, work.drift_in.get(),
+                                              work.drift_out.get());
+}
+
+std::vector<float> numbers_twice(const Axis& axis) {
+  std::vector<float> result;
+  for (const double number : axis.number)
+    result.insert(result.end(), 2, static_cast<float>(number));
+  result.resize(static_cast<std::size_t>(2 * groups_of(axis.n) * kBatch));
+  return result;
+}
+std::vector<double> drift_with_both_signs(const Axis& axis) {
+  std::vector<double> result;
+  for (const double drift : axis.drift) result.insert(result.end(), {-drift, drift});
+  result.resize(static_cast<std::size_t>(2 * groups_of(axis.n) * kBatch));
+  return result;
+}
+
 }  // namespace wpm

@@ -9,6 +9,7 @@
 
 #include "many1d.h"
 #include "system/system.h"
+#include "wpm/axis.h"
 
 namespace wpm {
 
@@ -75,5 +76,14 @@ struct Workspace {
   AlignedArray<cpx> in, out;
   AlignedArray<std::complex<float>> drift_in, drift_out;
 };
+
+// Inverse transforms of eight lines of a workspace, n samples each, and their companion.
+std::unique_ptr<fftwpp::fft1d_many> inverse_of_lines(int n, Workspace& work);
+std::unique_ptr<fftwpp::fft1f_many> drift_of_lines(int n, Workspace& work);
+
+// What their loops take of an axis, for whole groups, so that they need no end of their own: each
+// bin's number twice; -drift and drift of each sample.
+std::vector<float> numbers_twice(const Axis& axis);
+std::vector<double> drift_with_both_signs(const Axis& axis);
 
 }  // namespace wpm

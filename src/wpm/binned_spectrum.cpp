@@ -13,7 +13,6 @@ namespace wpm {
 namespace {
 
 constexpr double kPass = 2.0;  // ns a sample, of the cheapest of the passes here
-constexpr double kTameAmplitude = 1e15;
 
 bool is_turned_here(const Axis& x, const Axis& y) {
   return x.n == y.n && x.n % 2 == 0;

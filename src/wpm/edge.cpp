@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "diagnostics.h"
+#include "ranks/ranks.h"
 
 namespace {
 
@@ -43,11 +45,17 @@ double edge_absorption(double depth, double width, double wavelength) {
 }
 
 EdgeMask::EdgeMask(const Grid& grid, double width, double wavelength)
+    : EdgeMask(grid, Window::whole(grid), width, wavelength) {}
+
+EdgeMask::EdgeMask(const Grid& grid, const Window& window, double width, double wavelength)
     : factor_x_(factors(grid.nx, grid.dx, grid.dz, width, wavelength)),
       factor_y_(factors(grid.ny, grid.dy, grid.dz, width, wavelength)),
       area_(grid.dx * grid.dy) {
   if (!fits(grid.nx, grid.dx, width) || !fits(grid.ny, grid.dy, width))
     diagnostics::fail("edge is wider than half the domain; make it smaller, or x and y larger");
+  const std::vector<double> all = std::move(factor_x_);
+  const int end = std::min(window.x_end, static_cast<int>(all.size()));
+  if (window.x_begin < end) factor_x_.assign(all.begin() + window.x_begin, all.begin() + end);
 }
 
 void EdgeMask::apply(int k, cpx* E) {
@@ -62,5 +70,5 @@ void EdgeMask::apply(int k, cpx* E) {
       }
       ++E;
     }
-  taken_ += taken * area_;
+  taken_ += ranks::sum(taken) * area_;
 }

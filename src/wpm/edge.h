@@ -29,10 +29,12 @@ class EdgeMask : public FieldMask {
   // width, wavelength of the medium in m. An axis of one sample has no edge. Ends the process if
   // the width is above half the domain.
   EdgeMask(const Grid& grid, double width, double wavelength);
+  // For slices that hold the columns of a window alone; apply is then for all ranks to call.
+  EdgeMask(const Grid& grid, const Window& window, double width, double wavelength);
 
   void apply(int k, cpx* E) override;
 
-  // Power taken so far, the sum of |E|^2 dx dy before less that behind, over all slices.
+  // Power taken so far, the sum of |E|^2 dx dy before less that behind, over all slices and ranks.
   [[nodiscard]] double taken() const { return taken_; }
   // Goes on from a checkpoint.
   void set_taken(double taken) { taken_ = taken; }

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <memory>
 
+#include "wpm/cost.h"
 #include "wpm/loops.h"
 #include "wpm/many_pairs.h"
 #include "wpm/pace.h"
@@ -17,15 +18,6 @@
 
 namespace wpm {
 namespace {
-
-// Memory for transfer functions that recur: over 600 pairs at 256 x 256.
-constexpr std::size_t kTransferBytes = std::size_t{256} << 20U;
-
-// Nanoseconds, measured; only their proportions matter, in the choice of the cheaper sum.
-constexpr double kDirectTerm = 22.0;  // a plane wave at a sample
-constexpr double kMode = 100.0;       // a plane wave at a pair
-constexpr double kTransformedSample =
-    1.0;  // a sample of one pair's sum, per level of the transform
 
 class FastStepper : public CpuStepper {
  public:
@@ -90,15 +82,11 @@ class FastStepper : public CpuStepper {
 
   // pairs: those to transform; the direct sum has those of the step.
   [[nodiscard]] bool transforms_are_cheaper(const std::vector<IndexPair>& pairs) {
-    const auto count = static_cast<double>(pairs.size());
-    const auto missing = static_cast<double>(transfers_.begin(pairs));
-    const auto kept = static_cast<double>(spectrum_.kept());
-    const auto size = static_cast<double>(grid_.plane());
-    const double direct =
-        kept * (size * kDirectTerm + static_cast<double>(runs_.pairs().size()) * kMode);
-    const double transformed =
-        count * size * (1.0 + std::log2(size)) * kTransformedSample + missing * size / 4 * kMode;
-    return transformed <= direct;
+    return wpm::transforms_are_cheaper({static_cast<double>(grid_.plane()),
+                                        static_cast<double>(spectrum_.kept()),
+                                        static_cast<double>(runs_.pairs().size()),
+                                        static_cast<double>(pairs.size()),
+                                        static_cast<double>(transfers_.begin(pairs))});
   }
 
   void sum_by_transforms(const Slice& to) {

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "ranks/ranks.h"
+
 Health health_of(const cpx* E, std::size_t count) {
   bool is_dark = true;
   for (std::size_t s = 0; s < count; ++s) {
@@ -11,9 +13,19 @@ Health health_of(const cpx* E, std::size_t count) {
   return is_dark ? Health::kDark : Health::kLight;
 }
 
+namespace {
+
+// Of a slice, from its windows; of no samples it is dark.
+Health of_all_ranks(Health mine) {
+  if (ranks::any(mine == Health::kNotFinite)) return Health::kNotFinite;
+  return ranks::all(mine == Health::kDark) ? Health::kDark : Health::kLight;
+}
+
+}  // namespace
+
 void HealthWatch::look_at(int k, const cpx* E) {
   if (found_ != Health::kLight || first_ != Health::kLight) return;
-  const Health health = health_of(E, plane_);
+  const Health health = of_all_ranks(health_of(E, samples_));
   if (k == 0) first_ = health;
   found_ = k == 0 ? Health::kLight : health;
   where_ = k;

@@ -14,7 +14,9 @@ Health health_of(const cpx* E, std::size_t count);
 // ill is not its business.
 class HealthWatch : public SliceWatcher {
  public:
-  explicit HealthWatch(const Grid& grid) : plane_(grid.plane()) {}
+  explicit HealthWatch(const Grid& grid) : HealthWatch(grid.plane()) {}
+  // Of slices of so many samples: where ranks have windows of a slice, all ranks watch together.
+  explicit HealthWatch(std::size_t samples) : samples_(samples) {}
   void slice_done(int k, const Slice& slice) override { look_at(k, slice.E); }
   void look_at(int k, const cpx* E);
 
@@ -22,7 +24,7 @@ class HealthWatch : public SliceWatcher {
   [[nodiscard]] std::string verdict() const;
 
  private:
-  std::size_t plane_;
+  std::size_t samples_;
   Health first_ = Health::kLight;
   Health found_ = Health::kLight;
   int where_ = 0;

@@ -16,7 +16,6 @@
 namespace wpm {
 namespace {
 
-constexpr double kTameAmplitude = 1e15;
 constexpr double kWeak = 1e-8;  // the square of the cut-off
 constexpr double kUnsure = 1e-6;
 
@@ -129,6 +128,15 @@ ZERITH_WIDE void drift_lines(int n, const cpx* lines, const float* number,
     for (int line = 0; line < 8; line += 2)
       store(__builtin_convertvector(load<Two>(lines + line), TwoSingle) * m, drifted + line);
   }
+}
+
+ZERITH_WIDE void times_number(int n, const cpx* row, const float* number,
+                              std::complex<float>* drifted) {
+  int a = 0;
+  for (; a + 2 <= n; a += 2)
+    store(__builtin_convertvector(load<Two>(row + a), TwoSingle) * load<TwoSingle>(number + 2 * a),
+          drifted + a);
+  if (a < n) drifted[a] = drifted_one(row[a], number + 2 * a);
 }
 
 ZERITH_WIDE void correct_into_blocks(int n, const cpx* row, const std::complex<float>* correction,

@@ -8,6 +8,10 @@
 
 namespace wpm {
 
+// Amplitudes of this size and more are not tame: sums of them, times transfer functions, have no
+// room in the single precision of the corrections.
+constexpr double kTameAmplitude = 1e15;
+
 // Raw transform values to amplitudes.
 struct Taken {
   std::size_t kept = 0;  // that are not weak
@@ -24,6 +28,8 @@ void apply_transfer(int n, const cpx* f, const cpx* factor, const float* number,
 // Eight lines side by side, [n][8]: drifted = lines * number in single precision; number is [2n],
 // each twice.
 void drift_lines(int n, const cpx* lines, const float* number, std::complex<float>* drifted);
+// drifted = row * number in single precision.
+void times_number(int n, const cpx* row, const float* number, std::complex<float>* drifted);
 
 // Eight lines row + i * drift * correction, step apart, as blocks of 8 x 8 values, line by line,
 // that are block_step apart; drift is [2n]: -drift, drift for each value, and n a multiple of 8.

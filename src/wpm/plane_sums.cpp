@@ -16,21 +16,6 @@ std::size_t at(int i) {
   return static_cast<std::size_t>(i);
 }
 
-// Both for whole groups, so that loops need no end of their own.
-std::vector<float> twice(const Axis& axis) {
-  std::vector<float> result;
-  for (const double number : axis.number)
-    result.insert(result.end(), 2, static_cast<float>(number));
-  result.resize(2 * at(groups_of(axis.n) * kBatch));
-  return result;
-}
-std::vector<double> with_both_signs(const Axis& axis) {
-  std::vector<double> result;
-  for (const double drift : axis.drift) result.insert(result.end(), {-drift, drift});
-  result.resize(2 * at(groups_of(axis.n) * kBatch));
-  return result;
-}
-
 // A column's plane waves are read once for all sums of a batch; what that saves is little on planes
 // that would take much memory.
 int planes_for(const Axis& x, const Axis& y) {
@@ -44,20 +29,17 @@ PlaneSums::PlaneSums(const Axis& x, const Axis& y, std::vector<Workspace>& works
     : x_(x),
       y_(y),
       workspaces_(workspaces),
-      number_x_(twice(x)),
-      number_y_(twice(y)),
-      drift_x_(with_both_signs(x)),
-      drift_y_(with_both_signs(y)),
+      number_x_(numbers_twice(x)),
+      number_y_(numbers_twice(y)),
+      drift_x_(drift_with_both_signs(x)),
+      drift_y_(drift_with_both_signs(y)),
       batch_(planes_for(x, y)) {
   Workspace& work = workspaces_.front();
-  const auto column_step = static_cast<int>(line_step(y.n));
-  const fftwpp::many_layout columns = {y.n, kBatch, 1, column_step, 1, column_step};
   // Rows lie side by side in the plane.
   const fftwpp::many_layout rows = {x.n, kBatch, kBatch, 1, 1, static_cast<int>(line_step(x.n))};
-  column_ = std::make_unique<fftwpp::fft1d_many>(columns, 1, work.in.get(), work.out.get());
+  column_ = inverse_of_lines(y.n, work);
   row_ = std::make_unique<fftwpp::fft1d_many>(rows, 1, work.in.get(), work.out.get());
-  column_drift_ =
-      std::make_unique<fftwpp::fft1f_many>(columns, 1, work.drift_in.get(), work.drift_out.get());
+  column_drift_ = drift_of_lines(y.n, work);
   row_drift_ =
       std::make_unique<fftwpp::fft1f_many>(rows, 1, work.drift_in.get(), work.drift_out.get());
 }

@@ -4,6 +4,7 @@
 
 #include "wpm/batches.h"
 #include "wpm/threads.h"
+#include "wpm/windows.h"
 
 namespace {
 
@@ -13,14 +14,23 @@ std::size_t place(int k) {
 
 }  // namespace
 
-RollingPair::RollingPair(const IndexStack& stack, const cpx* E0, const double* F0) : stack_(stack) {
-  const std::size_t plane = stack.grid().plane();
+RollingPair::RollingPair(const IndexStack& stack, const cpx* E0, const double* F0)
+    : RollingPair(stack, Window::whole(stack.grid()), E0, F0) {}
+
+RollingPair::RollingPair(const IndexStack& stack, const Window& window, const cpx* E0,
+                         const double* F0)
+    : stack_(stack), window_(window) {
+  const std::size_t plane = wpm::samples_of(stack.grid(), window);
   slices_[0].E.assign(E0, E0 + plane);
   slices_[0].F.assign(F0, F0 + plane);
   slices_[1].E.resize(plane);
   slices_[1].F.resize(plane);
   for (std::vector<cpx>& plane_of_index : index_) plane_of_index.resize(plane);
-  stack_.paint(index_[0].data(), Window::slice(stack_.grid(), 0));
+  stack_.paint(index_[0].data(), window_of(0));
+}
+
+Window RollingPair::window_of(int k) const {
+  return {window_.x_begin, window_.x_end, k, k + 1};
 }
 
 // A slice that equals the one before it shares its index plane; another is painted into the free
@@ -31,7 +41,7 @@ void RollingPair::paint(int k) {
   mine = last;
   if (stack_.stretch(k) == stack_.stretch(k - 1)) return;
   mine = 1 - last;
-  stack_.paint(index_[mine].data(), Window::slice(stack_.grid(), k));
+  stack_.paint(index_[mine].data(), window_of(k));
 }
 
 // By the threads that a step's rows are shared out to, in the same runs: a large slice is then in
@@ -65,5 +75,5 @@ void RollingPair::go_on_at(int k, const cpx* E) {
   std::copy(E, E + slice.E.size(), slice.E.begin());
   std::fill(slice.F.begin(), slice.F.end(), 0.0);
   slice.index = 0;
-  stack_.paint(index_[0].data(), Window::slice(stack_.grid(), k));
+  stack_.paint(index_[0].data(), window_of(k));
 }

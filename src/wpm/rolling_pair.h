@@ -10,11 +10,13 @@ class RollingPair : public Slices {
  public:
   // E0, F0: the incident slice, [ny][nx], copied. The stack must outlive the pair.
   RollingPair(const IndexStack& stack, const cpx* E0, const double* F0);
+  // Of the columns of a window alone: all slices are [ny][its columns].
+  RollingPair(const IndexStack& stack, const Window& window, const cpx* E0, const double* F0);
 
   // Slices in order: k is the newest one or the next.
   Slice at(int k) override;
 
-  // Continues a run at slice k, whose field is E, [ny][nx].
+  // Continues a run at slice k, whose field is E, as E0.
   void go_on_at(int k, const cpx* E);
 
  private:
@@ -27,7 +29,10 @@ class RollingPair : public Slices {
   void darken(Buffers& slice) const;
   void paint(int k);
 
+  [[nodiscard]] Window window_of(int k) const;
+
   const IndexStack& stack_;
+  Window window_;
   Buffers slices_[2];          // slice k stands in slices_[k % 2]
   std::vector<cpx> index_[2];  // two of them: equal neighbours share one
   int newest_ = 0;

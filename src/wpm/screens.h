@@ -23,9 +23,12 @@ class ScreenMask : public FieldMask {
   // file does not serve.
   ScreenMask(const Grid& grid, const std::vector<Screen>& screens,
              const std::string& configuration);
+  // For slices that hold the columns of a window alone.
+  ScreenMask(const Grid& grid, const Window& window, const std::vector<Screen>& screens,
+             const std::string& configuration);
 
   void apply(int k, cpx* E) override;
 
  private:
-  std::map<int, std::vector<cpx>> factors_;  // of the slices with screens, [ny][nx]
+  std::map<int, std::vector<cpx>> factors_;  // of the slices with screens, [ny][columns]
 };

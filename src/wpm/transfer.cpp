@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
+#include <map>
 #include <utility>
 
 #include "wpm/threads.h"
@@ -29,7 +30,7 @@ bool fill_row(std::size_t fold_x, const IndexPair& pair, const FoldedFrequencies
     flux = 0.0;
     const double ky = folds.ky[fold_y];
     const PlaneWave unit = {
-        1.0, kx, ky, kx * kx + ky * ky, static_cast<int>(fold_x), static_cast<int>(fold_y)};
+        1.0, kx, ky, kx * kx + ky * ky, folds.fold_x[fold_x], static_cast<int>(fold_y)};
     const Mode mode = mode_of(unit, pair, options);
     if (!mode.contributes) continue;
     const cpx f_t = mode.transmitted(unit.f);
@@ -45,15 +46,22 @@ bool fill_row(std::size_t fold_x, const IndexPair& pair, const FoldedFrequencies
 }  // namespace
 
 FoldedFrequencies::FoldedFrequencies(const Axis& x, const Axis& y, const cpx* KX, const cpx* KY)
-    : kx(static_cast<std::size_t>(x.folds)), ky(static_cast<std::size_t>(y.folds)) {
-  const auto collect = [](const Axis& axis, const cpx* K, std::vector<double>& k) {
-    for (int p = 0; p < axis.n; ++p)
-      k[static_cast<std::size_t>(
-          axis.fold[static_cast<std::size_t>(axis.bin[static_cast<std::size_t>(p)])])] =
+    : FoldedFrequencies(x, y, KX, KY, 0, x.n) {}
+
+FoldedFrequencies::FoldedFrequencies(const Axis& first, const Axis& second, const cpx* K_first,
+                                     const cpx* K_second, int begin, int end) {
+  const auto collect = [](const Axis& axis, const cpx* K, int from, int to) {
+    std::map<int, double> of_fold;
+    for (int p = from; p < to; ++p)
+      of_fold[axis.fold[static_cast<std::size_t>(axis.bin[static_cast<std::size_t>(p)])]] =
           K[p].real();
+    return of_fold;
   };
-  collect(x, KX, kx);
-  collect(y, KY, ky);
+  for (const auto& [fold, k] : collect(first, K_first, begin, end)) {
+    fold_x.push_back(fold);
+    kx.push_back(k);
+  }
+  for (const auto& [fold, k] : collect(second, K_second, 0, second.n)) ky.push_back(k);
 }
 
 void find_transfer(const IndexPair& pair, const FoldedFrequencies& folds,
@@ -74,7 +82,8 @@ void find_transfer(const IndexPair& pair, const FoldedFrequencies& folds,
 TransferStore::TransferStore(FoldedFrequencies folds, const StepOptions& options, std::size_t bytes)
     : folds_(std::move(folds)),
       options_(options),
-      capacity_(bytes / (folds_.kx.size() * folds_.ky.size() * (sizeof(cpx) + sizeof(double)))) {}
+      capacity_(bytes / std::max<std::size_t>(1, folds_.kx.size() * folds_.ky.size() *
+                                                     (sizeof(cpx) + sizeof(double)))) {}
 
 std::size_t TransferStore::begin(const std::vector<IndexPair>& pairs) {
   for (Entry& entry : entries_) entry.is_needed = false;

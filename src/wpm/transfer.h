@@ -12,6 +12,9 @@
 
 namespace wpm {
 
+// Memory for transfer functions that recur: over 600 pairs at 256 x 256.
+constexpr std::size_t kTransferBytes = std::size_t{256} << 20U;
+
 // One pair's, [fold of kx][fold of ky]: they depend on the frequencies' squares alone, so a value
 // serves both signs of both.
 struct Transfer {
@@ -24,7 +27,11 @@ struct Transfer {
 // The frequencies of each fold, as the plane waves have them.
 struct FoldedFrequencies {
   FoldedFrequencies(const Axis& x, const Axis& y, const cpx* KX, const cpx* KY);
+  // Those of the frequencies begin to end - 1 of the first axis alone, in order of the folds.
+  FoldedFrequencies(const Axis& first, const Axis& second, const cpx* K_first, const cpx* K_second,
+                    int begin, int end);
   std::vector<double> kx, ky;
+  std::vector<int> fold_x;  // of each kx
 };
 
 // Worked out by all threads. Cost: a mode for each four plane waves. Memory that transfer has is

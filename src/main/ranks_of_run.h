@@ -1,0 +1,33 @@
+// What a run over several ranks does that another one needs not.
+#pragma once
+
+#include "main/run.h"
+
+// Refuses what several ranks cannot do together. Says nothing where there is one.
+void require_shareable(const Run& run);
+
+// What the first rank alone has found, the wavelength and where a stopped run goes on, to all.
+void share_wavelength(Run& run);
+void share_resumed(Run& run);
+
+// The window of a slice of the first rank's, [ny][nx], on every rank. With one rank it is the slice.
+std::vector<cpx> my_window(const Run& run, const cpx* slice);
+std::vector<double> my_window(const Run& run, const double* slice);
+
+// A sink on every rank before those of the first: brings the windows of a slice together for them.
+class GatheringSink : public Sink {
+ public:
+  // sinks: the first rank's, which outlive this one; none on the others.
+  GatheringSink(const Run& run, std::vector<Sink*> sinks);
+  void take(int k, const Slice& window) override;
+  void finish() override;
+  Mark mark() override { return {}; }  // the sinks behind have theirs
+  void go_back_to(const Mark& /*mark*/) override {}
+
+ private:
+  const Grid grid_;
+  std::vector<Sink*> sinks_;
+  std::vector<cpx> E_, N_;
+  std::vector<double> F_;
+  int stretch_ = -1;  // of what N_ holds
+};

@@ -1,0 +1,66 @@
+#include "wpm/rank_pairs.h"
+
+#include <cstring>
+
+#include "ranks/ranks.h"
+#include "wpm/windows.h"
+
+namespace wpm {
+namespace {
+
+constexpr std::uint32_t kNone = 0xffffffffU;
+
+// Columns as rows.
+Grid turned_grid(const Grid& grid) {
+  Grid turned = grid;
+  turned.nx = grid.ny;
+  turned.ny = window_of_rank(grid).columns();
+  return turned;
+}
+
+}  // namespace
+
+RankPairs::RankPairs(const Grid& grid)
+    : columns_(window_of_rank(grid).columns()), ny_(grid.ny), own_(turned_grid(grid)) {}
+
+Slice RankPairs::turned(const Slice& slice, std::vector<cpx>& N) const {
+  N.resize(static_cast<std::size_t>(columns_) * static_cast<std::size_t>(ny_));
+  turn(slice.N, ny_, columns_, N.data());
+  return {nullptr, nullptr, N.data(), slice.stretch};
+}
+
+// Stretches have the same numbers on all ranks, so all look at a step or none does.
+void RankPairs::find(const Slice& from, const Slice& to) {
+  const bool is_known =
+      from.stretch >= 0 && from.stretch == from_ && to.stretch >= 0 && to.stretch == to_;
+  if (is_known) return;
+  from_ = from.stretch;
+  to_ = to.stretch;
+  std::vector<cpx> N_from;
+  std::vector<cpx> N_to;
+  own_.find(turned(from, N_from), turned(to, N_to));
+  share_pairs();
+}
+
+void RankPairs::share_pairs() {
+  const std::vector<IndexPair>& mine = own_.pairs();
+  const std::string bytes = ranks::from_all(
+      {reinterpret_cast<const char*>(mine.data()), mine.size() * sizeof(IndexPair)});
+  pairs_.clear();
+  std::unordered_map<IndexPair, std::uint32_t, HashBits, SameBits> place;
+  for (std::size_t at = 0; at < bytes.size(); at += sizeof(IndexPair)) {
+    IndexPair pair;
+    std::memcpy(static_cast<void*>(&pair), bytes.data() + at, sizeof pair);
+    if (place.try_emplace(pair, static_cast<std::uint32_t>(pairs_.size())).second)
+      pairs_.push_back(pair);
+  }
+  own_number_.assign(pairs_.size(), kNone);
+  for (std::uint32_t own = 0; own < mine.size(); ++own) own_number_[place.at(mine[own])] = own;
+}
+
+std::span<const Run> RankPairs::in_group(int group, std::uint32_t pair) const {
+  if (own_number_[pair] == kNone) return {};
+  return own_.in_group(group, own_number_[pair]);
+}
+
+}  // namespace wpm
