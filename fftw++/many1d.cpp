@@ -22,7 +22,7 @@ fft1f_many::fft1f_many(const many_layout& layout, int sign, Single* in, Single* 
   plan = fftwf_plan_many_dft(1, &layout.n, layout.howmany, reinterpret_cast<fftwf_complex*>(in),
                              nullptr, layout.in_stride, layout.in_dist,
                              reinterpret_cast<fftwf_complex*>(out), nullptr, layout.out_stride,
-                             layout.out_dist, sign, FFTW_MEASURE);
+                             layout.out_dist, sign, FFTW_ESTIMATE);
   if (plan == nullptr) noplan();
 }
 
