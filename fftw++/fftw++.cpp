@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <iostream>
 #include <iterator>
+#include <set>
+#include <sstream>
 #include <string>
 
 #include "aborts.h"
@@ -24,6 +26,21 @@ int read_character(void* stream) {
 }
 void write_character(char c, void* stream) {
   PutWisdom(c, *static_cast<std::ofstream*>(stream));
+}
+
+std::multiset<std::string> lines_of(std::istream& text) {
+  std::multiset<std::string> lines;
+  for (std::string line; std::getline(text, line);) lines.insert(line);
+  return lines;
+}
+
+// Whether the file has these lines, in whatever order FFTW brings them: it is not written again
+// then, so that a run that is killed does not leave half of what it was given.
+bool holds(const char* name, const std::string& wisdom) {
+  if (!is_readable_wisdom(name)) return false;
+  std::ifstream file(name);
+  std::istringstream text(wisdom);
+  return lines_of(file) == lines_of(text);
 }
 
 }  // namespace
@@ -115,7 +132,8 @@ void fftw::ReadWisdom() {
 }
 
 void fftw::WriteWisdom() {
-  if (is_wisdom_closed() || !is_writable_wisdom(WisdomName)) return;
+  if (is_wisdom_closed() || !is_writable_wisdom(WisdomName) || holds(WisdomName, wisdom_text()))
+    return;
   ofWisdom.open(WisdomName, std::ios::out | std::ios::trunc);
   fftw_export_wisdom(write_character, &ofWisdom);
   ofWisdom.close();

@@ -47,6 +47,8 @@ class fftw {
   static unsigned int effort;      // FFTW_MEASURE
   static const char* WisdomName;   // relative to the working directory
 
+  friend std::string wisdom_text();  // wisdom_state.h
+
  protected:
   // doubles: number of doubles in the data set. sign: of the exponent, -1 or +1.
   fftw(unsigned int doubles, int sign);

@@ -12,8 +12,12 @@ std::string closed_text, closed_single_text;
 
 }  // namespace
 
+// The file's too, though no plan of this process has asked for it yet: a run that goes on with this
+// text does not look there.
 std::string wisdom_text() {
   if (is_closed) return closed_text;
+  fftw_init_threads();
+  fftw::ReadWisdom();
   char* text = fftw_export_wisdom_to_string();
   std::string result = text != nullptr ? text : "";
   std::free(text);

@@ -5,6 +5,7 @@
 
 namespace fftwpp {
 
+// With what the wisdom file holds.
 std::string wisdom_text();
 std::string single_wisdom_text();
 

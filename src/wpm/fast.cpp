@@ -40,13 +40,15 @@ class FastStepper : public CpuStepper {
   void step(const Slice& from, const Slice& to) override {
     const auto begin = std::chrono::steady_clock::now();
     workspaces(std::max(grid_.nx, grid_.ny));
-    // Pairs before the spectrum, as what they need says how long the step takes.
     runs_.find(from, to);
-    const bool has_all = transfers_.begin(runs_.pairs()) == 0;
-    pace_.next(has_all ? static_cast<double>(runs_.pairs().size() + 1) : 0.0);
-    const ThreadLimit limit(pace_.threads());
+    // Steps that work out transfer functions share out other things than those that have them.
+    const auto pairs = static_cast<double>(runs_.pairs().size());
+    const auto missing = static_cast<double>(transfers_.begin(runs_.pairs()));
+    Pace& pace = missing > 0 ? pace_of_new_ : pace_;
+    pace.next(1 + pairs + 2 * missing);
+    const ThreadLimit limit(pace.threads());
     sum(from, to);
-    pace_.took(std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
+    pace.took(std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
   }
 
   [[nodiscard]] const char* sum_taken() const override { return taken_; }
@@ -146,7 +148,7 @@ class FastStepper : public CpuStepper {
   PlaneSums sums_;
   std::unique_ptr<ManyPairs> many_;    // where a tolerance allows for it
   std::unique_ptr<Spectrum> forward_;  // of the direct sum
-  Pace pace_{threads()};
+  Pace pace_{threads()}, pace_of_new_{threads()};
   const char* taken_ = "transforms";
   SumCounts counts_;
 };

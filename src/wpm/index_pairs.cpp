@@ -21,10 +21,6 @@ PairBits bits_of(const cpx& n_i, const cpx& n_t) {
 
 }  // namespace
 
-bool same_bits(const IndexPair& a, const IndexPair& b) {
-  return bits_of(a.n_i, a.n_t) == bits_of(b.n_i, b.n_t);
-}
-
 std::size_t HashBits::operator()(const IndexPair& pair) const {
   std::uint64_t hash = 0;
   for (const std::uint64_t word : bits_of(pair.n_i, pair.n_t)) {  // multiply and fold

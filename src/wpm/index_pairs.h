@@ -2,12 +2,16 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "wpm/modes.h"
 
 // Equal to the bit: 0 and -0 differ, a NaN equals itself.
-bool same_bits(const IndexPair& a, const IndexPair& b);
+inline bool same_bits(const IndexPair& a, const IndexPair& b) {
+  // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): representations are what is compared
+  return std::memcmp(&a, &b, sizeof(IndexPair)) == 0;
+}
 struct SameBits {
   bool operator()(const IndexPair& a, const IndexPair& b) const { return same_bits(a, b); }
 };

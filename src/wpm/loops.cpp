@@ -1,6 +1,7 @@
 #include "wpm/loops.h"
 
 #include <cstring>
+#include <type_traits>
 
 #include "wpm/modes.h"
 
@@ -9,8 +10,29 @@
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && \
     !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 #define ZERITH_WIDE [[gnu::target_clones("avx2", "default")]]
+// Likewise for loops written for any width: name(parameters) as widest arguments, with the body
+// name_by<Vector>.
+#define ZERITH_WIDEST(name, parameters, arguments)           \
+  namespace {                                                \
+  [[gnu::target("default")]] void name##_widest parameters { \
+    name##_by<Two> arguments;                                \
+  }                                                          \
+  [[gnu::target("avx2")]] void name##_widest parameters {    \
+    name##_by<Two> arguments;                                \
+  }                                                          \
+  [[gnu::target("avx512f")]] void name##_widest parameters { \
+    name##_by<Four> arguments;                               \
+  }                                                          \
+  }                                                          \
+  void name parameters {                                     \
+    name##_widest arguments;                                 \
+  }
 #else
 #define ZERITH_WIDE
+#define ZERITH_WIDEST(name, parameters, arguments) \
+  void name parameters {                           \
+    name##_by<Two> arguments;                      \
+  }
 #endif
 
 namespace wpm {
@@ -24,6 +46,13 @@ constexpr double kUnsure = 1e-6;
 using Two = double __attribute__((vector_size(32)));
 using TwoSingle = float __attribute__((vector_size(16)));
 using TwoMask = long long __attribute__((vector_size(32)));
+// And four.
+using Four = double __attribute__((vector_size(64)));
+using FourSingle = float __attribute__((vector_size(32)));
+template <typename Vector>
+using SingleOf = std::conditional_t<sizeof(Vector) == sizeof(Two), TwoSingle, FourSingle>;
+template <typename Vector>
+constexpr int kNumbers = sizeof(Vector) / sizeof(cpx);  // complex ones
 
 template <typename Vector, typename T>
 [[gnu::always_inline]] inline Vector load(const T* from) {
@@ -36,24 +65,48 @@ template <typename Vector, typename T>
   std::memcpy(static_cast<void*>(to), &v, sizeof v);
 }
 
+// re and im exchanged, or one of them twice; the numbers in reverse order.
+[[gnu::always_inline]] inline Two exchanged(const Two& a) {
+  return __builtin_shufflevector(a, a, 1, 0, 3, 2);
+}
+[[gnu::always_inline]] inline Four exchanged(const Four& a) {
+  return __builtin_shufflevector(a, a, 1, 0, 3, 2, 5, 4, 7, 6);
+}
+[[gnu::always_inline]] inline TwoSingle exchanged(const TwoSingle& a) {
+  return __builtin_shufflevector(a, a, 1, 0, 3, 2);
+}
+[[gnu::always_inline]] inline FourSingle exchanged(const FourSingle& a) {
+  return __builtin_shufflevector(a, a, 1, 0, 3, 2, 5, 4, 7, 6);
+}
+[[gnu::always_inline]] inline Two reversed(const Two& a) {
+  return __builtin_shufflevector(a, a, 2, 3, 0, 1);
+}
+[[gnu::always_inline]] inline Four reversed(const Four& a) {
+  return __builtin_shufflevector(a, a, 6, 7, 4, 5, 2, 3, 0, 1);
+}
+
 // The plain product: operands are finite, and the standard one's recovery of infinities costs.
 [[gnu::always_inline]] inline Two product(const Two& a, const Two& b) {
-  const Two re = __builtin_shufflevector(b, b, 0, 0, 2, 2);
-  const Two im = __builtin_shufflevector(b, b, 1, 1, 3, 3);
-  const Two straight = a * re;
-  const Two crossed = __builtin_shufflevector(a, a, 1, 0, 3, 2) * im;
+  const Two straight = a * __builtin_shufflevector(b, b, 0, 0, 2, 2);
+  const Two crossed = exchanged(a) * __builtin_shufflevector(b, b, 1, 1, 3, 3);
   return __builtin_shufflevector(straight - crossed, straight + crossed, 0, 5, 2, 7);
+}
+[[gnu::always_inline]] inline Four product(const Four& a, const Four& b) {
+  const Four straight = a * __builtin_shufflevector(b, b, 0, 0, 2, 2, 4, 4, 6, 6);
+  const Four crossed = exchanged(a) * __builtin_shufflevector(b, b, 1, 1, 3, 3, 5, 5, 7, 7);
+  return __builtin_shufflevector(straight - crossed, straight + crossed, 0, 9, 2, 11, 4, 13, 6, 15);
 }
 
 [[gnu::always_inline]] inline cpx product(const cpx& a, const cpx& b) {
   return {a.real() * b.real() - a.imag() * b.imag(), a.imag() * b.real() + a.real() * b.imag()};
 }
 
-[[gnu::always_inline]] inline Two corrected(const Two& row, const std::complex<float>* correction,
-                                            const double* drift) {
-  const auto c = load<TwoSingle>(correction);
-  const Two crossed = __builtin_convertvector(__builtin_shufflevector(c, c, 1, 0, 3, 2), Two);
-  return row + load<Two>(drift) * crossed;
+template <typename Vector>
+[[gnu::always_inline]] inline Vector corrected(const Vector& row,
+                                               const std::complex<float>* correction,
+                                               const double* drift) {
+  const auto crossed = exchanged(load<SingleOf<Vector>>(correction));
+  return row + load<Vector>(drift) * __builtin_convertvector(crossed, Vector);
 }
 [[gnu::always_inline]] inline cpx corrected(const cpx& row, const std::complex<float>& c,
                                             const double* drift) {
@@ -99,36 +152,87 @@ ZERITH_WIDE Taken take_amplitudes(int n, const cpx* S, double scale, cpx* f) {
   return taken;
 }
 
-ZERITH_WIDE void apply_transfer(int n, const cpx* f, const cpx* factor, const float* number,
-                                cpx* row, std::complex<float>* drifted) {
-  const auto one = [&](int a, int fold) {
+namespace {
+
+template <typename Vector>
+[[gnu::always_inline]] inline void apply_transfer_by(int n, const cpx* f, const cpx* factor,
+                                                     const float* number, cpx* row,
+                                                     std::complex<float>* drifted) {
+  const auto some = [&]<typename V>(int a, const V& t) __attribute__((always_inline)) {
+    const V value = product(load<V>(f + a), t);
+    store(value, row + a);
+    store(__builtin_convertvector(value, SingleOf<V>) * load<SingleOf<V>>(number + 2 * a),
+          drifted + a);
+  };
+  const auto one = [&](int a, int fold) __attribute__((always_inline)) {
     row[a] = product(f[a], factor[fold]);
     drifted[a] = drifted_one(row[a], number + 2 * a);
   };
-  const auto two = [&](int a, const Two& t) {
-    const Two value = product(load<Two>(f + a), t);
-    store(value, row + a);
-    store(__builtin_convertvector(value, TwoSingle) * load<TwoSingle>(number + 2 * a), drifted + a);
-  };
-  const int half = n / 2;
+  const int half = n / 2 + 1;
   int a = 0;
-  for (; a + 2 <= half + 1; a += 2) two(a, load<Two>(factor + a));
-  if (a < half + 1) one(a, a), ++a;
-  for (; a + 2 <= n; a += 2) {
-    const auto t = load<Two>(factor + (n - a - 1));
-    two(a, __builtin_shufflevector(t, t, 2, 3, 0, 1));
-  }
+  for (; a + kNumbers<Vector> <= half; a += kNumbers<Vector>) some(a, load<Vector>(factor + a));
+  for (; a + 2 <= half; a += 2) some(a, load<Two>(factor + a));
+  if (a < half) one(a, a), ++a;
+  for (; a + kNumbers<Vector> <= n; a += kNumbers<Vector>)
+    some(a, reversed(load<Vector>(factor + (n - a - kNumbers<Vector> + 1))));
+  for (; a + 2 <= n; a += 2) some(a, reversed(load<Two>(factor + (n - a - 1))));
   if (a < n) one(a, n - a);
 }
 
-ZERITH_WIDE void drift_lines(int n, const cpx* lines, const float* number,
-                             std::complex<float>* drifted) {
-  for (int v = 0; v < n; ++v, lines += 8, drifted += 8) {
-    const float m = number[2 * v];
-    for (int line = 0; line < 8; line += 2)
-      store(__builtin_convertvector(load<Two>(lines + line), TwoSingle) * m, drifted + line);
-  }
+template <typename Vector>
+[[gnu::always_inline]] inline void drift_lines_by(int n, const cpx* lines, const float* number,
+                                                  std::complex<float>* drifted) {
+  for (int v = 0; v < n; ++v, lines += 8, drifted += 8)
+    for (int line = 0; line < 8; line += kNumbers<Vector>)
+      store(__builtin_convertvector(load<Vector>(lines + line), SingleOf<Vector>) * number[2 * v],
+            drifted + line);
 }
+
+template <typename Vector>
+[[gnu::always_inline]] inline void correct_into_blocks_by(int n, const cpx* row,
+                                                          const std::complex<float>* correction,
+                                                          std::size_t step, const double* drift,
+                                                          cpx* blocks, std::size_t block_step) {
+  for (int begin = 0; begin < n; begin += 8, blocks += block_step)
+    for (std::size_t line = 0; line < 8; ++line)
+      for (std::size_t a = 0; a < 8; a += kNumbers<Vector>) {
+        const std::size_t from = line * step + static_cast<std::size_t>(begin) + a;
+        store(corrected(load<Vector>(row + from), correction + from,
+                        drift + 2 * (static_cast<std::size_t>(begin) + a)),
+              blocks + 8 * line + a);
+      }
+}
+
+template <typename Vector>
+[[gnu::always_inline]] inline void add_corrected_by(int n, const cpx* row,
+                                                    const std::complex<float>* correction,
+                                                    const double* drift, cpx* out) {
+  const auto some = [&]<typename V>(int a, const V& sum) __attribute__((always_inline)) {
+    store(sum + corrected(load<V>(row + a), correction + a, drift + 2 * a), out + a);
+  };
+  int a = 0;
+  for (; a + kNumbers<Vector> <= n; a += kNumbers<Vector>) some(a, load<Vector>(out + a));
+  for (; a + 2 <= n; a += 2) some(a, load<Two>(out + a));
+  for (; a < n; ++a) out[a] += corrected(row[a], correction[a], drift + 2 * a);
+}
+
+}  // namespace
+
+ZERITH_WIDEST(apply_transfer,
+              (int n, const cpx* f, const cpx* factor, const float* number, cpx* row,
+               std::complex<float>* drifted),
+              (n, f, factor, number, row, drifted))
+ZERITH_WIDEST(drift_lines,
+              (int n, const cpx* lines, const float* number, std::complex<float>* drifted),
+              (n, lines, number, drifted))
+ZERITH_WIDEST(correct_into_blocks,
+              (int n, const cpx* row, const std::complex<float>* correction, std::size_t step,
+               const double* drift, cpx* blocks, std::size_t block_step),
+              (n, row, correction, step, drift, blocks, block_step))
+ZERITH_WIDEST(add_corrected,
+              (int n, const cpx* row, const std::complex<float>* correction, const double* drift,
+               cpx* out),
+              (n, row, correction, drift, out))
 
 ZERITH_WIDE void times_number(int n, const cpx* row, const float* number,
                               std::complex<float>* drifted) {
@@ -137,28 +241,6 @@ ZERITH_WIDE void times_number(int n, const cpx* row, const float* number,
     store(__builtin_convertvector(load<Two>(row + a), TwoSingle) * load<TwoSingle>(number + 2 * a),
           drifted + a);
   if (a < n) drifted[a] = drifted_one(row[a], number + 2 * a);
-}
-
-ZERITH_WIDE void correct_into_blocks(int n, const cpx* row, const std::complex<float>* correction,
-                                     std::size_t step, const double* drift, cpx* blocks,
-                                     std::size_t block_step) {
-  for (int begin = 0; begin < n; begin += 8, blocks += block_step)
-    for (std::size_t line = 0; line < 8; ++line)
-      for (std::size_t a = 0; a < 8; a += 2) {
-        const std::size_t from = line * step + static_cast<std::size_t>(begin) + a;
-        store(corrected(load<Two>(row + from), correction + from,
-                        drift + 2 * (static_cast<std::size_t>(begin) + a)),
-              blocks + 8 * line + a);
-      }
-}
-
-ZERITH_WIDE void add_corrected(int n, const cpx* row, const std::complex<float>* correction,
-                               const double* drift, cpx* out) {
-  int a = 0;
-  for (; a + 2 <= n; a += 2)
-    store(load<Two>(out + a) + corrected(load<Two>(row + a), correction + a, drift + 2 * a),
-          out + a);
-  for (; a < n; ++a) out[a] += corrected(row[a], correction[a], drift + 2 * a);
 }
 
 ZERITH_WIDE void add_weighted(int n, const cpx* row, const std::complex<float>* correction,

@@ -27,7 +27,7 @@ void Pace::add(Side& side, double seconds) const {
 }
 
 void Pace::took(double seconds) {
-  if (all_ < 2 || work_ <= 0.0) return;
+  if (all_ < 2) return;
   if (!is_warm_) {
     is_warm_ = true;
     return;

@@ -17,10 +17,9 @@ class Pace {
   // Of at most that many threads.
   explicit Pace(int all) : all_(all) {}
 
-  // Before each step. work: how much it has to do, in any unit; 0 if it has other things to do than
-  // the steps that are measured. Such a step takes all threads.
+  // Before each step. work: how much it has to do, above 0, in any unit.
   void next(double work) { work_ = work; }
-  [[nodiscard]] int threads() const { return work_ <= 0.0 || takes_all_ ? all_ : 1; }
+  [[nodiscard]] int threads() const { return takes_all_ ? all_ : 1; }
   // After it, how long it took.
   void took(double seconds);
 

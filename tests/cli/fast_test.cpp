@@ -69,6 +69,31 @@ TEST(Fast, ThreadsChangeNoByteOfTheReference) {
   for (const char* name : kFiles) EXPECT_EQ(one.read(name), many.read(name)) << name;
 }
 
+// The first interpolated step is compared with the exact sum, whatever the steps before it.
+TEST(Fast, ToleranceSaysWhatTheStepsWereOffBy) {
+  const TempDir directory;
+  directory.write("a.cfg",
+                  configuration("nx = 48\nny = 48\nx = 24\ny = 20\nnz = 12\nz = 6\ntrim = 0",
+                                "n = 1.5\ntype = lens\nz = 6\nr = -8\nne = 1.4\nlevels = 64",
+                                "shape = gaussian\namp = 100\nsigmax = 3\nsigmay = 4"));
+  const auto said = [&](std::vector<std::string> options) {
+    options.insert(options.begin(), {"-i", "a.cfg", "-p", "--fast", "--progress", "plain"});
+    const RunResult run = run_zerith(directory, options);
+    EXPECT_EQ(run.status, 0) << run.err;
+    return run.err;
+  };
+  EXPECT_EQ(said({}).find("off by"), std::string::npos);
+  const std::string text = said({"--tolerance", "1e-6"});
+  EXPECT_NE(text.find("by the direct sum, 1 with pairs interpolated"), std::string::npos) << text;
+  const std::size_t found = text.find("off by at most ");
+  ASSERT_NE(found, std::string::npos) << text;
+  const double error = std::stod(text.substr(found + 15));
+  EXPECT_GT(error, 1e-10);
+  EXPECT_LT(error, 1e-6);
+  EXPECT_EQ(text.find("zerith: interpolated"),
+            found - std::string("zerith: interpolated steps were ").size());
+}
+
 TEST(Fast, ThreadsWantANumberThatIsNotNegative) {
   const TempDir directory;
   directory.write("a.cfg", configuration());
