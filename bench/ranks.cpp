@@ -1,5 +1,5 @@
-// mpirun -n N zerith-bench-ranks [SIDE]: a step of one field over N ranks, its time and the bytes that
-// it exchanges, next to those that are predicted. With one rank also that of one process.
+// mpirun -n N zerith-bench-ranks [SIDE]: a step of one field over N ranks, its time and the bytes
+// that it exchanges, next to those that are predicted. With one rank also that of one process.
 //
 // Bytes are counted where they are handed to MPI, by whoever does: its profiling interface lets a
 // program stand in front of its calls.

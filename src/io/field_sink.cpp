@@ -140,8 +140,12 @@ class FieldSink : public Sink {
       return std::any_of(saved_.begin(), saved_.end(),
                          [array](const Saved* saved) { return saved->is_asked == array; });
     };
-    return {has(&Monitor::saves_E) || has(&Monitor::saves_intensity), has(&Monitor::saves_flux),
-            has(&Monitor::saves_index), false, box_.y.first, box_.y.first + box_.y.count};
+    return {has(&Monitor::saves_E) || has(&Monitor::saves_intensity),
+            has(&Monitor::saves_flux),
+            has(&Monitor::saves_index),
+            false,
+            box_.y.first,
+            box_.y.first + box_.y.count};
   }
   void finish() override { disk_.finish(); }
 

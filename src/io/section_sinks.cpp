@@ -31,7 +31,8 @@ class CrossSectionSink : public Sink {
   [[nodiscard]] SliceParts looks_at(int k) const override {
     if (!stream_.shows(k)) return {};
     return {quantity_ == Quantity::kField, quantity_ == Quantity::kFlux,
-            quantity_ == Quantity::kIndex, false, stream_.first_row(), stream_.end_row()};
+            quantity_ == Quantity::kIndex, false,
+            stream_.first_row(),           stream_.end_row()};
   }
   void finish() override { stream_.finish(); }
   Mark mark() override { return stream_.mark(); }

@@ -10,7 +10,8 @@ void require_shareable(const Run& run);
 void share_wavelength(Run& run);
 void share_resumed(Run& run);
 
-// The window of a slice of the first rank's, [ny][nx], on every rank. With one rank it is the slice.
+// The window of a slice of the first rank's, [ny][nx], on every rank. With one rank it is the
+// slice.
 std::vector<cpx> my_window(const Run& run, const cpx* slice);
 std::vector<double> my_window(const Run& run, const double* slice);
 

@@ -118,8 +118,8 @@ struct Transpose::Inside {
   fftw_plan to_columns = nullptr, to_rows = nullptr;
 };
 
-// A complex number is a pair of real ones to FFTW's transposition. Its estimate is as fast as what it
-// measures, which takes long where ranks share processors.
+// A complex number is a pair of real ones to FFTW's transposition. Its estimate is as fast as what
+// it measures, which takes long where ranks share processors.
 Transpose::Transpose(int rows, int columns) : inside_(std::make_unique<Inside>()) {
   static const bool is_begun = (fftw_mpi_init(), true);
   static_cast<void>(is_begun);

@@ -86,9 +86,8 @@ class RankFastStepper : public CpuStepper {
       const Transfer& transfer = transfers_.get(pairs_.pairs()[pair]);
       flux[pair] = spectrum_->flux(transfer);
       sums_->begin(*spectrum_, transfer, *exchange_);
-      sums_->columns(4.0 * static_cast<double>(sum_.size()), [&](int group, Workspace& work) {
-        place(group, pair, work);
-      });
+      sums_->columns(4.0 * static_cast<double>(sum_.size()),
+                     [&](int group, Workspace& work) { place(group, pair, work); });
     }
     ranks::sum(flux.data(), flux.size());
     add_to(to, flux);

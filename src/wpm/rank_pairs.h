@@ -24,7 +24,7 @@ class RankPairs {
 
   int columns_, ny_;
   PairRuns own_;
-  std::vector<cpx> N_from_, N_to_;  // turned
+  std::vector<cpx> N_from_, N_to_;         // turned
   int from_ = -1, to_ = -1;                // stretches of the last step
   std::vector<IndexPair> pairs_;           // of all ranks
   std::vector<std::uint32_t> own_number_;  // of each of those among the rank's own

@@ -157,9 +157,9 @@ TEST(Launchers, RunsThatWouldBeDoneSeveralTimesAreRefused) {
   folder.write("a.cfg", configuration());
   const std::vector<std::string> run = {"-q", "-i", "a.cfg"};
   const std::vector<std::string> sweep = {"-q", "-i", "a.cfg", "--sweep", "wave1.amp=1,2"};
-  for (const auto& [name, rank] : {std::pair("OMPI_COMM_WORLD_SIZE", "OMPI_COMM_WORLD_RANK"),
-                                   std::pair("PMI_SIZE", "PMI_RANK"),
-                                   std::pair("SLURM_STEP_NUM_TASKS", "SLURM_PROCID")}) {
+  for (const auto& [name, rank] :
+       {std::pair("OMPI_COMM_WORLD_SIZE", "OMPI_COMM_WORLD_RANK"),
+        std::pair("PMI_SIZE", "PMI_RANK"), std::pair("SLURM_STEP_NUM_TASKS", "SLURM_PROCID")}) {
     for (const auto& arguments : {run, sweep}) {
       if (!ZERITH_IS_ALONE && arguments == run) continue;
       const RunResult refused = run_zerith(folder, arguments, {{name, "3"}, {rank, "0"}});

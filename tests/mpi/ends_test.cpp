@@ -84,8 +84,8 @@ void expect_same_files(const TempDir& a, const TempDir& b) {
 TEST(Ends, GoesOnWithAnyNumberOfRanks) {
   const TempDir whole;
   const TempDir stopped;
-  whole.write("a.cfg", scene(60));
-  stopped.write("a.cfg", scene(60));
+  whole.write("a.cfg", scene(150));
+  stopped.write("a.cfg", scene(150));
   const std::string options = "-q -i a.cfg -p --fast -x 1 -l 12";
   ASSERT_EQ(run_shell(whole, "\"$ZERITH\" " + options).status, 0);
   const std::string command = " \"$ZERITH\" --checkpoint here --checkpoint-every 0 " + options;
@@ -95,7 +95,8 @@ TEST(Ends, GoesOnWithAnyNumberOfRanks) {
   const RunResult run = run_shell(
       stopped,
       "for n in 2 5 3; do\n"
-      "  (" + several +
+      "  (" +
+          several +
           ") >log 2>&1 & launcher=$!\n"
           "  rm -f seen; for i in $(seq 300); do\n"
           "    cmp -s here last || { [ -e here ] && cp here last 2>/dev/null && break; }\n"
@@ -107,7 +108,8 @@ TEST(Ends, GoesOnWithAnyNumberOfRanks) {
           "  wait $launcher; status=$?\n"
           "  echo \"$n $status $(($(date +%s) - begin))\" >>ends\n"
           "done\n"
-          "[ -e here ] || exit 3\n" + go_on);
+          "[ -e here ] || exit 3\n" +
+          go_on);
   ASSERT_EQ(run.status, 0) << run.err << stopped.read("log") << stopped.read("ends");
   EXPECT_FALSE(stopped.has("here"));
   expect_same_files(whole, stopped);
@@ -128,20 +130,22 @@ TEST(Ends, GoesOnWithAnyNumberOfRanks) {
 TEST(Ends, StopsAtASignalWithACheckpoint) {
   const TempDir whole;
   const TempDir stopped;
-  whole.write("a.cfg", scene(60));
-  stopped.write("a.cfg", scene(60));
+  whole.write("a.cfg", scene(150));
+  stopped.write("a.cfg", scene(150));
   const std::string options = "-q -i a.cfg -p --fast -x 1 -l 12";
   ASSERT_EQ(run_shell(whole, "\"$ZERITH\" " + options).status, 0);
   const std::string command = " \"$ZERITH\" --checkpoint here --checkpoint-every 0 " + options;
   const std::string first = mpirun(3) + command;
   const std::string go_on = mpirun(2) + command;
   const RunResult run = run_shell(
-      stopped, "(" + first +
-                   ") >log 2>err & launcher=$!\n"
-                   "for i in $(seq 300); do [ -e here ] && break; sleep 0.05; done\n"
-                   "for p in $(ps -e -o pid=,ppid= | awk -v p=$launcher '$2 == p { print $1 }'); do\n"
-                   "  kill -TERM $p; done\n"
-                   "wait $launcher; [ -e here ] || exit 3\n" + go_on);
+      stopped,
+      "(" + first +
+          ") >log 2>err & launcher=$!\n"
+          "for i in $(seq 300); do [ -e here ] && break; sleep 0.05; done\n"
+          "for p in $(ps -e -o pid=,ppid= | awk -v p=$launcher '$2 == p { print $1 }'); do\n"
+          "  kill -TERM $p; done\n"
+          "wait $launcher; [ -e here ] || exit 3\n" +
+          go_on);
   ASSERT_EQ(run.status, 0) << run.err << stopped.read("err");
   EXPECT_EQ(count_of(stopped.read("err"), "stopped by a signal"), 1) << stopped.read("err");
   expect_same_files(whole, stopped);
