@@ -66,6 +66,10 @@ class BeamSink : public Sink {
     table_.file();
     if (box_.has_slice(k)) table_.add_row(row(k, slice));
   }
+  [[nodiscard]] SliceParts looks_at(int k) const override {
+    if (!box_.has_slice(k)) return {};
+    return {true, false, false, true};
+  }
   void finish() override { table_.finish(); }
   Mark mark() override {
     Mark mark;
@@ -125,7 +129,7 @@ std::vector<double> BeamSink::row(int k, const Slice& slice) const {
       const double x = grid_.x(i) / units_.metres;
       const double intensity = std::norm(slice.E[sample]);
       line.add(intensity, x, y);
-      flux += slice.F[sample];
+      if (slice.flux == nullptr) flux += slice.F[sample];
       if (radius_ && std::hypot(x - x_, y - y_) <= *radius_) in_circle += intensity;
       if (intensity > peak) {
         peak = intensity;
@@ -140,6 +144,7 @@ std::vector<double> BeamSink::row(int k, const Slice& slice) const {
     moments.xy += line.xy;
     moments.yy += line.yy;
   }
+  if (slice.flux != nullptr) flux = *slice.flux;
   const Ellipse ellipse = ellipse_of(moments);
   if (!(peak >= 0)) peak = peak_x = peak_y = std::nan("");
   const cpx axis =

@@ -164,6 +164,19 @@ class FieldSink : public Sink {
     disk_.write(&written, sizeof written, places_.slices_written);
   }
 
+  [[nodiscard]] SliceParts looks_at(int k) const override {
+    if (!box_.has_slice(k)) return {};
+    const auto has = [this](const bool Monitor::*array) {
+      return std::any_of(saved_.begin(), saved_.end(),
+                         [array](const Saved* saved) { return saved->is_asked == array; });
+    };
+    return {has(&Monitor::saves_E) || has(&Monitor::saves_intensity),
+            has(&Monitor::saves_flux),
+            has(&Monitor::saves_index),
+            false,
+            box_.y.first,
+            box_.y.first + box_.y.count};
+  }
   void finish() override { disk_.finish(); }
 
   Mark mark() override {

@@ -82,6 +82,7 @@ class OverlapSink : public Sink {
   }
 
   void take(int k, const Slice& slice) override;
+  [[nodiscard]] SliceParts looks_at(int /*k*/) const override { return {true, false, true}; }
   void finish() override { table_.finish(); }
   Mark mark() override;
   void go_back_to(const Mark& mark) override;

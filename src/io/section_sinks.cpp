@@ -28,6 +28,12 @@ class CrossSectionSink : public Sink {
         break;
     }
   }
+  [[nodiscard]] SliceParts looks_at(int k) const override {
+    if (!stream_.shows(k)) return {};
+    return {quantity_ == Quantity::kField, quantity_ == Quantity::kFlux,
+            quantity_ == Quantity::kIndex, false,
+            stream_.first_row(),           stream_.end_row()};
+  }
   void finish() override { stream_.finish(); }
   Mark mark() override { return stream_.mark(); }
   void go_back_to(const Mark& mark) override { stream_.go_back_to(mark); }
@@ -44,12 +50,16 @@ class FluxProfileFile : public FluxProfileSink {
 
   void take(int k, const Slice& slice) override {
     double flux = 0.0;
-    for (std::size_t i = 0; i < samples_; ++i) flux += slice.F[i];
+    for (std::size_t i = 0; slice.flux == nullptr && i < samples_; ++i) flux += slice.F[i];
+    if (slice.flux != nullptr) flux = *slice.flux;
     if (k == 0)
       flux0_ = flux;
     else
       file() << ',';
     file() << flux / flux0_;
+  }
+  [[nodiscard]] SliceParts looks_at(int /*k*/) const override {
+    return {false, false, false, true};
   }
   void finish() override {
     file() << '\n';

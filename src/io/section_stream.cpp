@@ -25,6 +25,15 @@ bool SectionStream::shows(int k) const {
   return is_row(k - shift_) || (runs_on_ && is_row(k - shift_ - 1));
 }
 
+int SectionStream::first_row() const {
+  const bool is_one = !is_across_z_ && step_ == 1 && !runs_on_;
+  return is_one ? static_cast<int>(begin_ / side_) : 0;
+}
+int SectionStream::end_row() const {
+  const bool is_one = !is_across_z_ && step_ == 1 && !runs_on_;
+  return is_one ? first_row() + 1 : static_cast<int>(side_);
+}
+
 void SectionStream::take(int k, const SliceValues& values) {
   if (!shows(k)) return;
   if (is_across_z_) {

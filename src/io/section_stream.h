@@ -32,6 +32,9 @@ class SectionStream {
 
   // Whether the file shows anything of slice k; the others need not be taken.
   [[nodiscard]] bool shows(int k) const;
+  // The rows of a slice that it shows anything of.
+  [[nodiscard]] int first_row() const;
+  [[nodiscard]] int end_row() const;
   // Slices come in order.
   void take(int k, const SliceValues& values);
   void finish();

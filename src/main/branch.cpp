@@ -35,9 +35,9 @@ std::unique_ptr<Slices> slices_of(const Run& run, cpx* E, double* F, const RunSt
                 E + static_cast<std::size_t>(state->slice) * run.grid.plane());
     return volume;
   }
-  auto pair = std::make_unique<RollingPair>(*run.stack, run.window,
-                                            my_window(run, run.E.data()).data(),
-                                            my_window(run, run.F.data()).data());
+  auto pair =
+      std::make_unique<RollingPair>(*run.stack, run.window, my_window(run, run.E.data()).data(),
+                                    my_window(run, run.F.data()).data());
   if (state != nullptr) pair->go_on_at(state->slice, my_window(run, state->E.data()).data());
   return pair;
 }

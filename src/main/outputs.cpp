@@ -94,7 +94,8 @@ void secure_outputs(Run& run) {
 }
 
 void finish(const Run& run) {
-  if (ranks::is_first() && !run.options.checkpoint.empty()) std::remove(run.options.checkpoint.c_str());
+  if (ranks::is_first() && !run.options.checkpoint.empty())
+    std::remove(run.options.checkpoint.c_str());
 }
 
 void record_row(const Run& run, double kernel_ms, double cpu_ms, double error) {

@@ -1,6 +1,7 @@
 #include "main/ranks_of_run.h"
 
-#include <sstream>
+#include <algorithm>
+#include <cstring>
 
 #include "diagnostics.h"
 #include "main/streaming.h"
@@ -62,20 +63,50 @@ std::vector<double> my_window(const Run& run, const double* slice) {
 }
 
 GatheringSink::GatheringSink(const Run& run, std::vector<Sink*> sinks)
-    : grid_(run.grid), sinks_(std::move(sinks)) {
-  if (!ranks::is_first()) return;
-  E_.resize(grid_.plane());
-  N_.resize(grid_.plane());
-  F_.resize(grid_.plane());
+    : grid_(run.grid),
+      window_samples_(wpm::samples_of(run.grid, run.window)),
+      sinks_(std::move(sinks)) {}
+
+// Of all sinks together, known to all ranks.
+SliceParts GatheringSink::wanted(int k) const {
+  SliceParts all;
+  all.first_row = grid_.ny;
+  all.end_row = 0;
+  for (const Sink* sink : sinks_) {
+    const SliceParts parts = sink->looks_at(k);
+    all.E |= parts.E;
+    all.F |= parts.F;
+    all.N |= parts.N;
+    all.flux |= parts.flux;
+    if (!parts.E && !parts.F && !parts.N) continue;
+    all.first_row = std::min(all.first_row, parts.first_row);
+    all.end_row = std::max(all.end_row, std::min(parts.end_row, grid_.ny));
+  }
+  const std::string bytes =
+      ranks::from_first(std::string(reinterpret_cast<const char*>(&all), sizeof all));
+  std::memcpy(&all, bytes.data(), sizeof all);
+  return all;
+}
+
+template <typename T>
+void GatheringSink::gather(const T* window, const SliceParts& parts, std::vector<T>& whole) const {
+  if (ranks::is_first()) whole.resize(grid_.plane());
+  const std::size_t first =
+      static_cast<std::size_t>(parts.first_row) * static_cast<std::size_t>(grid_.nx);
+  wpm::gather_rows(grid_, window, parts.first_row, parts.end_row,
+                   ranks::is_first() ? whole.data() + first : nullptr);
 }
 
 void GatheringSink::take(int k, const Slice& window) {
-  wpm::gather_rows(grid_, window.E, 0, grid_.ny, E_.data());
-  wpm::gather_rows(grid_, window.F, 0, grid_.ny, F_.data());
-  if (stretch_ != window.stretch || stretch_ < 0)
-    wpm::gather_rows(grid_, window.N, 0, grid_.ny, N_.data());
-  stretch_ = window.stretch;
-  for (Sink* sink : sinks_) sink->take(k, {E_.data(), F_.data(), N_.data(), window.stretch});
+  const SliceParts parts = wanted(k);
+  double flux = 0;
+  for (std::size_t s = 0; parts.flux && s < window_samples_; ++s) flux += window.F[s];
+  if (parts.flux) flux = ranks::sum(flux);
+  if (parts.E) gather(window.E, parts, E_);
+  if (parts.F) gather(window.F, parts, F_);
+  if (parts.N) gather(window.N, parts, N_);
+  for (Sink* sink : sinks_)
+    sink->take(k, {E_.data(), F_.data(), N_.data(), window.stretch, parts.flux ? &flux : nullptr});
 }
 
 void GatheringSink::finish() {

@@ -10,11 +10,13 @@ void require_shareable(const Run& run);
 void share_wavelength(Run& run);
 void share_resumed(Run& run);
 
-// The window of a slice of the first rank's, [ny][nx], on every rank. With one rank it is the slice.
+// The window of a slice of the first rank's, [ny][nx], on every rank. With one rank it is the
+// slice.
 std::vector<cpx> my_window(const Run& run, const cpx* slice);
 std::vector<double> my_window(const Run& run, const double* slice);
 
-// A sink on every rank before those of the first: brings the windows of a slice together for them.
+// A sink on every rank before those of the first: brings together for them what they look at of a
+// slice. What nobody looks at stays where it is.
 class GatheringSink : public Sink {
  public:
   // sinks: the first rank's, which outlive this one; none on the others.
@@ -25,9 +27,13 @@ class GatheringSink : public Sink {
   void go_back_to(const Mark& /*mark*/) override {}
 
  private:
+  [[nodiscard]] SliceParts wanted(int k) const;
+  template <typename T>
+  void gather(const T* window, const SliceParts& parts, std::vector<T>& whole) const;
+
   const Grid grid_;
+  std::size_t window_samples_;
   std::vector<Sink*> sinks_;
-  std::vector<cpx> E_, N_;
+  std::vector<cpx> E_, N_;  // on the first rank, where they were wanted
   std::vector<double> F_;
-  int stretch_ = -1;  // of what N_ holds
 };

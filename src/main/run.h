@@ -54,8 +54,8 @@ struct Run {
   bool is_TE = true;  // what the device is told; a quiet run leaves it true whatever the file says
   Grid grid;
   Axes axes;
-  double lambda = 0;  // m
-  double k0 = 0;      // rad/m
+  double lambda = 0;       // m
+  double k0 = 0;           // rad/m
   double entry_index = 0;  // the real index of the first sample of slice 0
 
   std::unique_ptr<IndexStack> stack;

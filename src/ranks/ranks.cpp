@@ -30,7 +30,8 @@ int number_in(const char* variable) {
 
 }  // namespace
 
-// The program reads its environment nowhere else, and here to refuse alone: no result depends on it.
+// The program reads its environment nowhere else, and here to refuse alone: no result depends on
+// it.
 void require_alone(const std::string& why) {
   for (const auto& [processes, number] : kLaunchers) {
     const int count = number_in(processes);

@@ -1,6 +1,6 @@
-// What the ranks of a run do together. Ranks are the processes that mpirun starts; each owns a range
-// of the columns of every slice. Without MPI, or started alone, a process is the one rank there is,
-// and everything here passes through what it is given.
+// What the ranks of a run do together. Ranks are the processes that mpirun starts; each owns a
+// range of the columns of every slice. Without MPI, or started alone, a process is the one rank
+// there is, and everything here passes through what it is given.
 //
 // Unless it says otherwise, a function must be called by all ranks, in the same order.
 #pragma once

@@ -84,11 +84,10 @@ class FastStepper : public CpuStepper {
 
   // pairs: those to transform; the direct sum has those of the step.
   [[nodiscard]] bool transforms_are_cheaper(const std::vector<IndexPair>& pairs) {
-    return wpm::transforms_are_cheaper({static_cast<double>(grid_.plane()),
-                                        static_cast<double>(spectrum_.kept()),
-                                        static_cast<double>(runs_.pairs().size()),
-                                        static_cast<double>(pairs.size()),
-                                        static_cast<double>(transfers_.begin(pairs))});
+    return wpm::transforms_are_cheaper(
+        {static_cast<double>(grid_.plane()), static_cast<double>(spectrum_.kept()),
+         static_cast<double>(runs_.pairs().size()), static_cast<double>(pairs.size()),
+         static_cast<double>(transfers_.begin(pairs))});
   }
 
   void sum_by_transforms(const Slice& to) {

@@ -1,8 +1,8 @@
 #include "wpm/rank_direct.h"
 
 #include "wpm/stepper.h"
-#include "wpm/wisdom_of_ranks.h"
 #include "wpm/windows.h"
+#include "wpm/wisdom_of_ranks.h"
 
 namespace wpm {
 

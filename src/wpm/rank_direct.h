@@ -11,11 +11,11 @@
 
 namespace wpm {
 
-// Every rank has the whole slice for its spectrum, and sums all plane waves at its own samples. The
-// bits are those of one process. Memory: a slice and its plane waves on each rank.
+// Every rank has the whole slice for its spectrum, and sums all plane waves at its own samples.
+// Memory: two slices and the plane waves on each rank.
 class RankDirectSum {
  public:
-  // Plans, with the wisdom of the first rank.
+  // Plans; by plan_alike with the wisdom of the first rank, and then has the bits of one process.
   RankDirectSum(const Grid& grid, const StepOptions& options);
 
   // The slices are the ranks' windows. pairs: of all ranks, where the caller knows them; a spectrum

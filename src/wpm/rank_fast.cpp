@@ -31,10 +31,10 @@ class RankFastStepper : public CpuStepper {
                ranks::share(grid.ny).end),
         pairs_(grid),
         transfers_(folds_, options, kTransferBytes),
-        sum_(at(columns_) * at(grid.ny)) {
+        sum_(at(columns_) * at(grid.ny)),
+        flux_(sum_.size()) {
     workspaces();
     plan_alike([&] {
-      direct_ = std::make_unique<RankDirectSum>(grid_, options_);
       spectrum_ = std::make_unique<RankSpectrum>(x_, y_, folds_, workspaces_);
       sums_ = std::make_unique<RankSums>(x_, y_, workspaces_);
       return true;
@@ -52,6 +52,8 @@ class RankFastStepper : public CpuStepper {
       taken_ = "transforms";
       ++counts_.transforms;
     } else {
+      // Made where it is needed: each rank has a whole slice in it.
+      if (direct_ == nullptr) direct_ = std::make_unique<RankDirectSum>(grid_, options_);
       const bool is_known = direct_->sum(from, to, &pairs_.pairs());
       taken_ = is_known ? "NaN everywhere" : "direct sum";
       ++(is_known ? counts_.known : counts_.direct);
@@ -84,9 +86,8 @@ class RankFastStepper : public CpuStepper {
       const Transfer& transfer = transfers_.get(pairs_.pairs()[pair]);
       flux[pair] = spectrum_->flux(transfer);
       sums_->begin(*spectrum_, transfer, *exchange_);
-      sums_->columns(4.0 * static_cast<double>(sum_.size()), [&](int group, Workspace& work) {
-        place(group, pair, work);
-      });
+      sums_->columns(4.0 * static_cast<double>(sum_.size()),
+                     [&](int group, Workspace& work) { place(group, pair, work); });
     }
     ranks::sum(flux.data(), flux.size());
     add_to(to, flux);
@@ -107,14 +108,13 @@ class RankFastStepper : public CpuStepper {
 
   // The sums stand by columns, the window of the slice by rows.
   void add_to(const Slice& to, const std::vector<double>& flux) {
-    std::vector<cpx> rows(sum_.size());
-    turn(sum_.data(), columns_, grid_.ny, rows.data());
-    for (std::size_t s = 0; s < rows.size(); ++s) to.E[s] += rows[s];
+    turn_and_add(sum_.data(), columns_, grid_.ny, to.E);
     for (int group = 0; group < groups_of(columns_); ++group)
       for (std::uint32_t pair = 0; pair < flux.size(); ++pair)
         for (const Run& run : pairs_.in_group(group, pair))
-          for (int j = run.begin; j < run.end; ++j)
-            to.F[at(j) * at(columns_) + at(run.row)] += flux[pair];
+          std::fill_n(flux_.begin() + std::ptrdiff_t{run.row} * grid_.ny + run.begin,
+                      run.end - run.begin, flux[pair]);
+    turn_and_add(flux_.data(), columns_, grid_.ny, to.F);
   }
 
   Grid grid_;
@@ -126,7 +126,8 @@ class RankFastStepper : public CpuStepper {
   std::vector<Workspace> workspaces_;
   RankPairs pairs_;
   TransferStore transfers_;
-  std::vector<cpx> sum_;  // [own columns][ny]
+  std::vector<cpx> sum_;      // [own columns][ny]
+  std::vector<double> flux_;  // likewise
   std::unique_ptr<RankDirectSum> direct_;
   std::unique_ptr<RankSpectrum> spectrum_;
   std::unique_ptr<RankSums> sums_;

@@ -34,11 +34,12 @@ void RankPairs::find(const Slice& from, const Slice& to) {
   const bool is_known =
       from.stretch >= 0 && from.stretch == from_ && to.stretch >= 0 && to.stretch == to_;
   if (is_known) return;
+  // Mostly the slice that was stepped to is the one that is stepped from, and looked at already.
+  const bool is_last_known = from.stretch >= 0 && from.stretch == to_;
   from_ = from.stretch;
   to_ = to.stretch;
-  std::vector<cpx> N_from;
-  std::vector<cpx> N_to;
-  own_.find(turned(from, N_from), turned(to, N_to));
+  own_.find(is_last_known ? Slice{nullptr, nullptr, nullptr, from.stretch} : turned(from, N_from_),
+            turned(to, N_to_));
   share_pairs();
 }
 

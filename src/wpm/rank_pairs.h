@@ -19,11 +19,12 @@ class RankPairs {
   [[nodiscard]] std::span<const Run> in_group(int group, std::uint32_t pair) const;
 
  private:
-  [[nodiscard]] Slice turned(const Slice& slice, std::vector<cpx>& N) const;
+  Slice turned(const Slice& slice, std::vector<cpx>& N) const;
   void share_pairs();
 
   int columns_, ny_;
   PairRuns own_;
+  std::vector<cpx> N_from_, N_to_;         // turned
   int from_ = -1, to_ = -1;                // stretches of the last step
   std::vector<IndexPair> pairs_;           // of all ranks
   std::vector<std::uint32_t> own_number_;  // of each of those among the rank's own

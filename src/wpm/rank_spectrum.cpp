@@ -43,10 +43,9 @@ RankSpectrum::RankSpectrum(const Axis& x, const Axis& y, const FoldedFrequencies
 }
 
 void RankSpectrum::take(const cpx* E, ranks::Transpose& exchange) {
-  share_out(groups_of(columns_.size()), kPass * columns_.size() * y_.n,
-            [&](int group, int worker) {
-              transform_columns(group, E, exchange.in(), workspaces_[at(worker)]);
-            });
+  share_out(groups_of(columns_.size()), kPass * columns_.size() * y_.n, [&](int group, int worker) {
+    transform_columns(group, E, exchange.in(), workspaces_[at(worker)]);
+  });
   exchange.to_columns();
   share_out(groups_of(own_.size()), kPass * own_.size() * x_.n, [&](int group, int worker) {
     transform_lines(group, exchange.out(), workspaces_[at(worker)]);
@@ -54,8 +53,7 @@ void RankSpectrum::take(const cpx* E, ranks::Transpose& exchange) {
   double kept = 0;
   for (const std::size_t count : kept_in_) kept += static_cast<double>(count);
   kept_ = ranks::sum(kept);
-  is_tame_ =
-      ranks::all(std::find(is_tame_in_.begin(), is_tame_in_.end(), 0) == is_tame_in_.end());
+  is_tame_ = ranks::all(std::find(is_tame_in_.begin(), is_tame_in_.end(), 0) == is_tame_in_.end());
   find_power();
 }
 

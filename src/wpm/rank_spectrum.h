@@ -14,8 +14,8 @@ namespace wpm {
 // weak plane waves dropped. The ranks' columns are transformed along y, exchanged for rows of the
 // frequencies of y, and these are transformed along x.
 //
-// Frequencies of y keep their places q from 0 to y.n - 1, also on odd sizes, where two of them share
-// a bin: they meet when they are brought to their bins, behind the way back.
+// Frequencies of y keep their places q from 0 to y.n - 1, also on odd sizes, where two of them
+// share a bin: they meet when they are brought to their bins, behind the way back.
 class RankSpectrum {
  public:
   // folds: of the rank's own frequencies of y, first, and those of x.
@@ -51,8 +51,8 @@ class RankSpectrum {
   std::vector<Workspace>& workspaces_;
   ranks::Share columns_, own_;
   bool is_even_;
-  std::vector<int> fold_of_;  // [own frequencies]
-  AlignedArray<cpx> f_;       // [own frequencies][x.n bins]
+  std::vector<int> fold_of_;           // [own frequencies]
+  AlignedArray<cpx> f_;                // [own frequencies][x.n bins]
   std::vector<double> power_of_line_;  // where plane waves share a bin
   std::vector<double> power_;          // [folds of own frequencies][x.n]
   std::vector<std::size_t> kept_in_;   // [own frequencies]

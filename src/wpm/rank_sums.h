@@ -6,8 +6,8 @@
 
 namespace wpm {
 
-// As PlaneSums, the other way round: along x at the rank's own frequencies of y, with the drift in x,
-// then exchanged for columns, and along y with the drift in y. One sum at a time.
+// As PlaneSums, the other way round: along x at the rank's own frequencies of y, with the drift in
+// x, then exchanged for columns, and along y with the drift in y. One sum at a time.
 class RankSums {
  public:
   RankSums(const Axis& x, const Axis& y, std::vector<Workspace>& workspaces);

@@ -9,6 +9,7 @@ struct Slice {
   double* F;
   const cpx* N;
   int stretch = -1;  // slices with the same number have the same N, to the bit; -1: not known
+  const double* flux = nullptr;  // the sum of F, where somebody has worked it out
 };
 
 // Where slices live: a whole volume, or a rolling pair.

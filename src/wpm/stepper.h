@@ -42,9 +42,9 @@ std::unique_ptr<CpuStepper> make_direct_stepper(const Grid& grid, const StepOpti
 // coefficients change in steps of their own and are never interpolated.
 std::unique_ptr<CpuStepper> make_fast_stepper(const Grid& grid, const StepOptions& options);
 
-// The same where each rank has a range of columns: slices are the ranks' windows, [ny][own columns].
-// For all ranks to make and to call; nx = ny. The direct sum's bits are those of one process; the
-// fast one takes the same decisions and agrees to 1e-13 of max|E|, with one exchange of the slice's
-// samples forward and one for each pair. It has no tolerance.
+// The same where each rank has a range of columns: slices are the ranks' windows, [ny][own
+// columns]. For all ranks to make and to call; nx = ny. The direct sum's bits are those of one
+// process; the fast one takes the same decisions and agrees to 1e-13 of max|E|, with one exchange
+// of the slice's samples forward and one for each pair. It has no tolerance.
 std::unique_ptr<CpuStepper> make_rank_direct_stepper(const Grid& grid, const StepOptions& options);
 std::unique_ptr<CpuStepper> make_rank_fast_stepper(const Grid& grid, const StepOptions& options);

@@ -16,17 +16,26 @@ std::vector<T> plane(int rows, int columns) {
   return std::vector<T>(at(rows) * at(columns));
 }
 
-}  // namespace
-
-// In blocks that stay in a cache.
-template <typename T>
-void turn(const T* from, int rows, int columns, T* to) {
-  constexpr int kBlock = 16;
+// In blocks of few enough lines for a cache whose ways are lines a power of two apart.
+template <typename T, typename Put>
+void turn_with(const T* from, int rows, int columns, T* to, Put put) {
+  constexpr int kBlock = 8;
   for (int row = 0; row < rows; row += kBlock)
     for (int column = 0; column < columns; column += kBlock)
-      for (int r = row; r < std::min(rows, row + kBlock); ++r)
-        for (int c = column; c < std::min(columns, column + kBlock); ++c)
-          to[at(c) * at(rows) + at(r)] = from[at(r) * at(columns) + at(c)];
+      for (int c = column; c < std::min(columns, column + kBlock); ++c)
+        for (int r = row; r < std::min(rows, row + kBlock); ++r)
+          put(to[at(c) * at(rows) + at(r)], from[at(r) * at(columns) + at(c)]);
+}
+
+}  // namespace
+
+template <typename T>
+void turn(const T* from, int rows, int columns, T* to) {
+  turn_with(from, rows, columns, to, [](T& there, const T& value) { there = value; });
+}
+template <typename T>
+void turn_and_add(const T* from, int rows, int columns, T* to) {
+  turn_with(from, rows, columns, to, [](T& there, const T& value) { there += value; });
 }
 
 template <typename T>
@@ -61,6 +70,8 @@ void gather_everywhere(const Grid& grid, const cpx* window, cpx* whole) {
 
 template void turn(const cpx*, int, int, cpx*);
 template void turn(const double*, int, int, double*);
+template void turn_and_add(const cpx*, int, int, cpx*);
+template void turn_and_add(const double*, int, int, double*);
 template void gather_rows(const Grid&, const cpx*, int, int, cpx*);
 template void gather_rows(const Grid&, const double*, int, int, double*);
 template void scatter_slice(const Grid&, const cpx*, cpx*);

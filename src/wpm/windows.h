@@ -17,9 +17,11 @@ inline std::size_t samples_of(const Grid& grid, const Window& window) {
          static_cast<std::size_t>(grid.ny > 0 ? grid.ny : 0);
 }
 
-// to[column][row] = from[row][column].
+// to[column][row] = from[row][column]; or added to what is there.
 template <typename T>
 void turn(const T* from, int rows, int columns, T* to);
+template <typename T>
+void turn_and_add(const T* from, int rows, int columns, T* to);
 
 // Rows first to end - 1 of the windows of all ranks, [ny][columns] each, brought together in whole,
 // [end - first][nx], on the first rank; whole is null on the others. For all ranks to call.

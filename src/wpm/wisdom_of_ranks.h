@@ -8,8 +8,8 @@ namespace wpm {
 
 // Makes what plans: on the first rank, which alone reads and writes the wisdom file, and then on
 // the others with what it has found out, so that all have the same plans and nobody measures beside
-// anybody else. For all ranks to call. From then on wisdom is closed: exchanges between ranks, which
-// are planned by all together and calculate nothing, leave no trace in it.
+// anybody else. For all ranks to call. From then on wisdom is closed: exchanges between ranks,
+// which are planned by all together and calculate nothing, leave no trace in it.
 template <typename Make>
 auto plan_alike(Make make) {
   if (ranks::count() == 1) return make();

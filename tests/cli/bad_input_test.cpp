@@ -152,4 +152,30 @@ TEST(BadInput, AllocationThatFailsNamesItsBytes) {
             "slices instead of volumes with --stream or --fast\n");
 }
 
+// A launcher that starts it several times is one for a build with MPI; that build asks MPI itself.
+TEST(Launchers, RunsThatWouldBeDoneSeveralTimesAreRefused) {
+  const TempDir folder;
+  folder.write("a.cfg", configuration());
+  const std::vector<std::string> run = {"-q", "-i", "a.cfg"};
+  const std::vector<std::string> sweep = {"-q", "-i", "a.cfg", "--sweep", "wave1.amp=1,2"};
+  for (const auto& [name, rank] :
+       {std::pair("OMPI_COMM_WORLD_SIZE", "OMPI_COMM_WORLD_RANK"),
+        std::pair("PMI_SIZE", "PMI_RANK"), std::pair("SLURM_STEP_NUM_TASKS", "SLURM_PROCID")}) {
+    for (const auto& arguments : {run, sweep}) {
+      if (!ZERITH_IS_ALONE && arguments == run) continue;
+      const RunResult refused = run_zerith(folder, arguments, {{name, "3"}, {rank, "0"}});
+      EXPECT_EQ(refused.status, 255) << name;
+      EXPECT_NE(refused.err.find("one of 3 processes"), std::string::npos) << refused.err;
+      EXPECT_FALSE(folder.has("N_sys.csv"));
+      const RunResult other = run_zerith(folder, arguments, {{name, "3"}, {rank, "2"}});
+      EXPECT_EQ(other.status, 255);
+      EXPECT_EQ(other.err, "");
+    }
+    if (ZERITH_IS_ALONE) {
+      EXPECT_EQ(run_zerith(folder, run, {{name, "1"}}).status, 0);
+      std::filesystem::remove(folder.path("N_sys.csv"));
+    }
+  }
+}
+
 }  // namespace
