@@ -175,6 +175,22 @@ TEST(Ranks, SaveAnyPlane) {
   expect_alike(scene(15, guide, "hfield = 1\n"), 3, "--fast -x 1 -l 200 --threads 2");
 }
 
+// Where no monitor looks at the rest, only a plane's own rows come to the first rank.
+TEST(Ranks, BringTogetherWhatAPlaneShows) {
+  std::string text = scene(12, kComponents[1].layers);
+  text.erase(text.find("[monitor]"));
+  for (const std::string options : {"--fast -x 1 -l 7", "--fast -x 2 -l 3", "--fast -l 9"}) {
+    TempDir one;
+    TempDir many;
+    one.write("a.cfg", text);
+    many.write("a.cfg", text);
+    ASSERT_EQ(run_shell(one, "\"$ZERITH\" -q -i a.cfg -p " + options).status, 0);
+    ASSERT_EQ(run_ranks(many, 3, "-q -i a.cfg -p " + options).status, 0);
+    for (const char* name : {"E_cpu.csv", "EFlux_cpu.csv", "EFlux_cpu_Z.csv"})
+      EXPECT_EQ(differing_values(one.read(name), many.read(name)), 0U) << options << name;
+  }
+}
+
 // Five ranks own 1, 1, 1, 1 and no columns, and at eleven of them most own none.
 TEST(Ranks, MayBeMoreThanColumns) {
   expect_alike(scene(4, kComponents[5].layers), 5, "--fast");
