@@ -27,8 +27,8 @@ class fft1d_many : public fftw {
   many_layout layout;
 };
 
-// Single precision, for what needs no more. Its plan is FFTW's estimate, which depends on the layout
-// alone: as fast here as a measured one, and the same each time.
+// Single precision, for what needs no more. Its plan is FFTW's estimate, which depends on the
+// layout alone: as fast here as a measured one, and the same each time.
 class fft1f_many {
  public:
   using Single = std::complex<float>;

@@ -52,13 +52,13 @@ std::vector<float> numbers_twice(const Axis& axis) {
   std::vector<float> result;
   for (const double number : axis.number)
     result.insert(result.end(), 2, static_cast<float>(number));
-  result.resize(static_cast<std::size_t>(2 * groups_of(axis.n) * kBatch));
+  result.resize(static_cast<std::size_t>(groups_of(axis.n)) * std::size_t{2 * kBatch});
   return result;
 }
 std::vector<double> drift_with_both_signs(const Axis& axis) {
   std::vector<double> result;
   for (const double drift : axis.drift) result.insert(result.end(), {-drift, drift});
-  result.resize(static_cast<std::size_t>(2 * groups_of(axis.n) * kBatch));
+  result.resize(static_cast<std::size_t>(groups_of(axis.n)) * std::size_t{2 * kBatch});
   return result;
 }
 

@@ -7,6 +7,7 @@
 
 // The loops are compiled once more for processors with wider registers and chosen when the program
 // is loaded. Neither form contracts or reorders arithmetic, so both give the same bits.
+// NOLINTBEGIN(bugprone-macro-parentheses): parameters and arguments come with theirs
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && \
     !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 #define ZERITH_WIDE [[gnu::target_clones("avx2", "default")]]
@@ -34,6 +35,7 @@
     name##_by<Two> arguments;                      \
   }
 #endif
+// NOLINTEND(bugprone-macro-parentheses)
 
 namespace wpm {
 namespace {

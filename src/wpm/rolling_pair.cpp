@@ -47,13 +47,13 @@ void RollingPair::paint(int k) {
 // By the threads that a step's rows are shared out to, in the same runs: a large slice is then in
 // their caches.
 void RollingPair::darken(Buffers& slice) const {
-  const Grid& grid = stack_.grid();
   constexpr double kSample = 0.5;  // ns
-  const auto row_size = static_cast<std::ptrdiff_t>(grid.nx);
-  wpm::share_out(wpm::groups_of(grid.ny), kSample * static_cast<double>(grid.plane()),
+  const int rows = stack_.grid().ny;
+  const auto row_size = static_cast<std::ptrdiff_t>(window_.columns());
+  wpm::share_out(wpm::groups_of(rows), kSample * static_cast<double>(slice.E.size()),
                  [&](int group, int /*worker*/) {
                    const std::ptrdiff_t first = group * wpm::kBatch * row_size;
-                   const std::ptrdiff_t count = wpm::lines_of_group(grid.ny, group) * row_size;
+                   const std::ptrdiff_t count = wpm::lines_of_group(rows, group) * row_size;
                    std::fill_n(slice.E.begin() + first, count, 0.0);
                    std::fill_n(slice.F.begin() + first, count, 0.0);
                  });
