@@ -48,7 +48,7 @@ constexpr double kUnsure = 1e-6;
 using Two = double __attribute__((vector_size(32)));
 using TwoSingle = float __attribute__((vector_size(16)));
 using TwoMask = long long __attribute__((vector_size(32)));
-// And four.
+// And four, where registers hold them: maybe nowhere.
 using Four = double __attribute__((vector_size(64)));
 using FourSingle = float __attribute__((vector_size(32)));
 template <typename Vector>
@@ -71,19 +71,19 @@ template <typename Vector, typename T>
 [[gnu::always_inline]] inline Two exchanged(const Two& a) {
   return __builtin_shufflevector(a, a, 1, 0, 3, 2);
 }
-[[gnu::always_inline]] inline Four exchanged(const Four& a) {
+[[maybe_unused, gnu::always_inline]] inline Four exchanged(const Four& a) {
   return __builtin_shufflevector(a, a, 1, 0, 3, 2, 5, 4, 7, 6);
 }
 [[gnu::always_inline]] inline TwoSingle exchanged(const TwoSingle& a) {
   return __builtin_shufflevector(a, a, 1, 0, 3, 2);
 }
-[[gnu::always_inline]] inline FourSingle exchanged(const FourSingle& a) {
+[[maybe_unused, gnu::always_inline]] inline FourSingle exchanged(const FourSingle& a) {
   return __builtin_shufflevector(a, a, 1, 0, 3, 2, 5, 4, 7, 6);
 }
 [[gnu::always_inline]] inline Two reversed(const Two& a) {
   return __builtin_shufflevector(a, a, 2, 3, 0, 1);
 }
-[[gnu::always_inline]] inline Four reversed(const Four& a) {
+[[maybe_unused, gnu::always_inline]] inline Four reversed(const Four& a) {
   return __builtin_shufflevector(a, a, 6, 7, 4, 5, 2, 3, 0, 1);
 }
 
@@ -93,7 +93,7 @@ template <typename Vector, typename T>
   const Two crossed = exchanged(a) * __builtin_shufflevector(b, b, 1, 1, 3, 3);
   return __builtin_shufflevector(straight - crossed, straight + crossed, 0, 5, 2, 7);
 }
-[[gnu::always_inline]] inline Four product(const Four& a, const Four& b) {
+[[maybe_unused, gnu::always_inline]] inline Four product(const Four& a, const Four& b) {
   const Four straight = a * __builtin_shufflevector(b, b, 0, 0, 2, 2, 4, 4, 6, 6);
   const Four crossed = exchanged(a) * __builtin_shufflevector(b, b, 1, 1, 3, 3, 5, 5, 7, 7);
   return __builtin_shufflevector(straight - crossed, straight + crossed, 0, 9, 2, 11, 4, 13, 6, 15);
