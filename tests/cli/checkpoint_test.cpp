@@ -76,7 +76,7 @@ TEST(Checkpoint, IsWrittenAtASignalAndGoesOn) {
   for (const char* signal : {"TERM", "INT"}) {
     const TempDir whole;
     const TempDir stopped;
-    for (const TempDir* directory : {&whole, &stopped}) directory->write("a.cfg", scene(12000));
+    for (const TempDir* directory : {&whole, &stopped}) directory->write("a.cfg", scene(36000));
     const std::string options = " -q -p --fast -x 2 -l 11";
     ASSERT_EQ(run_shell(whole, "$ZERITH -i a.cfg" + options).status, 0);
     std::filesystem::copy_file(whole.path("wisdom3.txt"), stopped.path("wisdom3.txt"));
