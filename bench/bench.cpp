@@ -15,16 +15,24 @@ int main(int argc, char* argv[]) {
     void (*measure)();
   };
   constexpr Section kSections[] = {
-      {"reference", bench::reference}, {"fast", bench::fast},         {"memory", bench::memory},
-      {"device", bench::device},       {"planning", bench::planning}, {"csv", bench::csv},
-      {"edges", bench::edges},         {"lens", bench::lens},         {"levels", bench::levels},
+      {"reference", bench::reference},
+      {"fast", bench::fast},
+      {"pairs", bench::pairs},
+      {"memory", bench::memory},
+      {"device", bench::device},
+      {"planning", bench::planning},
+      {"csv", bench::csv},
+      {"edges", bench::edges},
+      {"lens", bench::lens},
+      {"levels", bench::levels},
   };
   const std::vector<std::string_view> wanted(argv + 1, argv + argc);
   for (const std::string_view name : wanted)
     if (std::none_of(std::begin(kSections), std::end(kSections),
                      [&](const Section& section) { return section.name == name; })) {
       std::printf(
-          "usage: zerith-bench [reference|fast|memory|device|planning|csv|edges|lens|levels]...\n");
+          "usage: zerith-bench "
+          "[reference|fast|pairs|memory|device|planning|csv|edges|lens|levels]...\n");
       return 1;
     }
   omp_set_num_threads(1);  // of the stand-in

@@ -1,8 +1,6 @@
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
-#include <ctime>
 
 #include "fftw++.h"
 #include "measure.h"
@@ -25,34 +23,6 @@ void against_reference() {
     std::printf("%8d %14.1f %10.2f %8.0f\n", side, pair.a / 2 * 1e3, pair.b / 2 * 1e3, pair.ratio);
   }
 }
-
-// Steps through a scene with a stepper that has planned, again and again.
-class Steps {
- public:
-  explicit Steps(Scene& scene)
-      : scene_(scene), stepper_(make_fast_stepper(scene.grid(), scene.options())) {}
-
-  void operator()() {
-    const std::size_t plane = scene_.grid().plane();
-    for (int k = 0; k + 1 < scene_.nz; ++k) {
-      const auto slice = [&](int at) {
-        const std::size_t begin = static_cast<std::size_t>(at) * plane;
-        return Slice{&scene_.E[begin], &scene_.F[begin], &scene_.N[begin], at};
-      };
-      stepper_->step(slice(k), slice(k + 1));
-    }
-  }
-  // Makes all slices behind the first dark, as a step wants them.
-  void clear() {
-    const auto plane = static_cast<std::ptrdiff_t>(scene_.grid().plane());
-    std::fill(scene_.E.begin() + plane, scene_.E.end(), 0.0);
-    std::fill(scene_.F.begin() + plane, scene_.F.end(), 0.0);
-  }
-
- private:
-  Scene& scene_;
-  std::unique_ptr<CpuStepper> stepper_;
-};
 
 // One forward and one inverse transform for each pair of indices, of FFTW alone, for each step.
 class Limit {
@@ -87,41 +57,6 @@ class Limit {
   fftwpp::fft2d forward_, inverse_;
 };
 
-double wall_seconds() {
-  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-// Of one thread: other programs take less part in it.
-double processor_seconds() {
-  return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
-}
-
-// As compare, by another clock, with something done before each that isn't timed.
-Pair compare_prepared(const Work& prepare, const Work& a, const Work& b, int runs,
-                      double (*clock)()) {
-  const auto seconds_of = [&](const Work& work) {
-    prepare();
-    const double begin = clock();
-    work();
-    return clock() - begin;
-  };
-  seconds_of(a);
-  seconds_of(b);
-  std::vector<double> times_a;
-  std::vector<double> times_b;
-  std::vector<double> ratios;
-  for (int run = 0; run < runs; ++run) {
-    times_a.push_back(seconds_of(a));
-    times_b.push_back(seconds_of(b));
-    ratios.push_back(times_a.back() / times_b.back());
-  }
-  const auto median = [](std::vector<double>& values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-  };
-  return {median(times_a), median(times_b), median(ratios)};
-}
-
 void growth_and_limit() {
   constexpr int kPairs = 3;
   std::printf("--fast per step, three pairs of indices; limit: 1 + 3 transforms of FFTW\n");
@@ -154,56 +89,11 @@ void growth_and_limit() {
   }
 }
 
-// A beam through a graded lens with that many levels of its index.
-Scene graded_lens(int side, int levels, double tolerance) {
-  constexpr double kSpacing = 0.25e-6;
-  Scene scene(side, side, 6, kSpacing, kSpacing, kSpacing, 1e-6);
-  scene.is_trimmed = false;
-  scene.tolerance = tolerance;
-  const double radius = side * kSpacing / 2;
-  for (int k = 0; k < scene.nz; ++k)
-    for (int j = 0; j < side; ++j)
-      for (int i = 0; i < side; ++i) {
-        const double x = scene.X[static_cast<std::size_t>(i)];
-        const double y = scene.Y[static_cast<std::size_t>(j)];
-        const double rise = std::exp(-2 * (x * x + y * y) / (radius * radius));
-        scene.N[scene.index(k, j, i)] = 1.5 + 0.1 * std::floor(levels * rise) / levels;
-      }
-  const double width = radius / 4;
-  scene.illuminate([=](double x, double y) {
-    return std::exp(-((x - 2e-6) * (x - 2e-6) + y * y) / (width * width));
-  });
-  return scene;
-}
-
-void many_pairs() {
-  constexpr int kSide = 512;
-  constexpr double kTolerance = 1e-6;
-  Scene many = graded_lens(kSide, 1000, kTolerance);
-  Scene exact = graded_lens(kSide, 1000, 0);
-  many.nz = exact.nz = 2;
-  many.propagate_by(make_fast_stepper);
-  exact.propagate_by(make_fast_stepper);
-  require_same(exact, many, kTolerance, "many pairs");
-  const double apart = difference(exact, many, 1).field;
-  many.nz = 6;
-  Scene few = graded_lens(kSide, 16, 0);
-  Steps of_many(many);
-  Steps of_few(few);
-  const Pair pair = compare_prepared([&] { of_many.clear(), of_few.clear(); }, [&] { of_many(); },
-                                     [&] { of_few(); }, 7, processor_seconds);
-  std::printf("many pairs: graded lens at %d x %d, 1000 levels of index, tolerance %g\n", kSide,
-              kSide, kTolerance);
-  std::printf("%.1f ms a step, %.2f times that of 16 levels (%.1f ms); first step within %.1g\n",
-              pair.a / 5 * 1e3, pair.ratio, pair.b / 5 * 1e3, apart);
-}
-
 }  // namespace
 
 void fast() {
   against_reference();
   growth_and_limit();
-  many_pairs();
 }
 
 }  // namespace bench

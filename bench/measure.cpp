@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <vector>
 
 namespace bench {
@@ -31,17 +32,55 @@ double median_seconds(const Work& work, int runs) {
 }
 
 Pair compare(const Work& a, const Work& b, int runs) {
-  a();
-  b();
+  return compare_prepared([] {}, a, b, runs, wall_seconds);
+}
+
+double wall_seconds() {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+double processor_seconds() {
+  return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
+}
+
+Pair compare_prepared(const Work& prepare, const Work& a, const Work& b, int runs,
+                      double (*clock)()) {
+  const auto seconds_of = [&](const Work& work) {
+    prepare();
+    const double begin = clock();
+    work();
+    return clock() - begin;
+  };
+  seconds_of(a);
+  seconds_of(b);
   std::vector<double> times_a;
   std::vector<double> times_b;
   std::vector<double> ratios;
   for (int run = 0; run < runs; ++run) {
-    times_a.push_back(seconds(a));
-    times_b.push_back(seconds(b));
+    times_a.push_back(seconds_of(a));
+    times_b.push_back(seconds_of(b));
     ratios.push_back(times_a.back() / times_b.back());
   }
   return {median(times_a), median(times_b), median(ratios)};
+}
+
+Steps::Steps(Scene& scene)
+    : scene_(scene), stepper_(make_fast_stepper(scene.grid(), scene.options())) {}
+
+void Steps::operator()() {
+  const std::size_t plane = scene_.grid().plane();
+  for (int k = 0; k + 1 < scene_.nz; ++k) {
+    const auto slice = [&](int at) {
+      const std::size_t begin = static_cast<std::size_t>(at) * plane;
+      return Slice{&scene_.E[begin], &scene_.F[begin], &scene_.N[begin], at};
+    };
+    stepper_->step(slice(k), slice(k + 1));
+  }
+}
+
+void Steps::clear() {
+  const auto plane = static_cast<std::ptrdiff_t>(scene_.grid().plane());
+  std::fill(scene_.E.begin() + plane, scene_.E.end(), 0.0);
+  std::fill(scene_.F.begin() + plane, scene_.F.end(), 0.0);
 }
 
 Scene growing_guide(int n, int slices) {

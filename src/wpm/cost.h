@@ -16,15 +16,18 @@ struct StepWork {
 };
 
 // Nanoseconds, measured; only their proportions matter.
-inline bool transforms_are_cheaper(const StepWork& work) {
-  constexpr double kDirectTerm = 22.0;        // a plane wave at a sample
-  constexpr double kMode = 100.0;             // a plane wave at a pair
+constexpr double kModeCost = 100.0;  // a plane wave at a pair
+
+inline double cost_by_transforms(const StepWork& work) {
   constexpr double kTransformedSample = 1.0;  // a sample of one pair's sum, a level of transform
-  const double direct = work.kept * (work.samples * kDirectTerm + work.pairs * kMode);
-  const double transformed =
-      work.transformed * work.samples * (1.0 + std::log2(work.samples)) * kTransformedSample +
-      work.missing * work.samples / 4 * kMode;
-  return transformed <= direct;
+  return work.transformed * work.samples * (1.0 + std::log2(work.samples)) * kTransformedSample +
+         work.missing * work.samples / 4 * kModeCost;
+}
+
+inline bool transforms_are_cheaper(const StepWork& work) {
+  constexpr double kDirectTerm = 22.0;  // a plane wave at a sample
+  const double direct = work.kept * (work.samples * kDirectTerm + work.pairs * kModeCost);
+  return cost_by_transforms(work) <= direct;
 }
 
 }  // namespace wpm

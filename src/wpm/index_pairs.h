@@ -19,6 +19,22 @@ struct HashBits {
   std::size_t operator()(const IndexPair& pair) const;
 };
 
+// Places of pairs in a list of distinct ones. An open hash table: a random medium has a pair at
+// each sample, and a table with memory for each entry would take longer than the sums.
+class PairTable {
+ public:
+  void clear();
+  // The place in pairs, which gets the pair at its end if it is new. The list is the same one from
+  // clear to clear.
+  std::uint32_t place_of(const IndexPair& pair, std::vector<IndexPair>& pairs);
+
+ private:
+  std::uint32_t& slot_of(const IndexPair& pair, const std::vector<IndexPair>& pairs);
+
+  std::vector<std::uint32_t> slots_;  // a power of two of them, of place + 1; 0 is empty
+  std::size_t used_ = 0;
+};
+
 struct IndexPairs {
   std::vector<IndexPair> pairs;      // distinct to the bit, in order of first appearance
   std::vector<std::uint32_t> which;  // of each sample, its place in pairs

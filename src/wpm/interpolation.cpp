@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "wpm/cost.h"
 #include "wpm/skeleton.h"
 #include "wpm/threads.h"
 
@@ -13,6 +14,7 @@ namespace {
 constexpr int kFewestNodes = 3;
 constexpr int kMostNodes = 12;
 constexpr std::size_t kProbes = 40;
+constexpr double kTerm = 2.0;  // ns, a product of complex numbers and its sum
 
 // Chebyshev points of [low, high], ends included.
 std::vector<double> chebyshev(double low, double high, int count) {
@@ -56,6 +58,7 @@ bool PairInterpolation::is_smooth(const std::vector<IndexPair>& pairs) const {
 }
 
 bool PairInterpolation::prepare(const std::vector<IndexPair>& pairs, double allowed) {
+  cost_ = 0.0;
   if (!is_smooth(pairs)) return false;
   std::vector<IndexPair> of_same;
   std::vector<IndexPair> of_changed;
@@ -71,6 +74,8 @@ bool PairInterpolation::prepare(const std::vector<IndexPair>& pairs, double allo
   }
   if (functions_.size() >= pairs.size()) return false;
 
+  cost_ += static_cast<double>(pairs.size() * functions_.size()) * kTerm *
+           static_cast<double>(std::max(same_.candidates.size(), changed_.candidates.size()));
   weights_.assign(functions_.size(), std::vector<cpx>(pairs.size()));
   flux_weights_.assign(pairs.size() * flux_functions_.size(), 0.0);
   constexpr std::size_t kPart = 256;
@@ -95,8 +100,7 @@ bool PairInterpolation::prepare(const std::vector<IndexPair>& pairs, double allo
 
 // Keeps the range and the nodes of the last step where they serve this one, so that transfer
 // functions do, too.
-bool PairInterpolation::fit(Family& family, const std::vector<IndexPair>& members,
-                            double allowed) const {
+bool PairInterpolation::fit(Family& family, const std::vector<IndexPair>& members, double allowed) {
   if (members.empty()) {
     family.chosen.clear();
     family.flux_chosen.clear();
@@ -110,14 +114,28 @@ bool PairInterpolation::fit(Family& family, const std::vector<IndexPair>& member
   };
   const auto [first_i, last_i] = std::minmax_element(members.begin(), members.end(), by_i);
   const auto [first_t, last_t] = std::minmax_element(members.begin(), members.end(), by_t);
-  const auto holds = [](double low, double high, double first, double last) {
-    return low <= first && last <= high && high - low <= 1.5 * (last - first);
+  const double first[] = {first_i->n_i.real(), first_t->n_t.real()};
+  const double last[] = {last_i->n_i.real(), last_t->n_t.real()};
+  const auto is_wide = [](double low, double high, double from, double to) {
+    return high - low > 1.5 * (to - from);
   };
-  if (family.nodes == 0 ||
-      !holds(family.low_i, family.high_i, first_i->n_i.real(), last_i->n_i.real()) ||
-      !holds(family.low_t, family.high_t, first_t->n_t.real(), last_t->n_t.real())) {
-    family.low_i = first_i->n_i.real(), family.high_i = last_i->n_i.real();
-    family.low_t = first_t->n_t.real(), family.high_t = last_t->n_t.real();
+  const auto holds = [&](double low, double high, int which) {
+    return low <= first[which] && last[which] <= high &&
+           !is_wide(low, high, first[which], last[which]);
+  };
+  // A range that grows by what a slice lacks soon holds all slices that are alike.
+  const auto grow = [&](double& low, double& high, int which) {
+    const double joint_low = std::min(low, first[which]);
+    const double joint_high = std::max(high, last[which]);
+    const bool is_joint =
+        family.nodes > 0 && !is_wide(joint_low, joint_high, first[which], last[which]);
+    low = is_joint ? joint_low : first[which];
+    high = is_joint ? joint_high : last[which];
+  };
+  if (family.nodes == 0 || !holds(family.low_i, family.high_i, 0) ||
+      !holds(family.low_t, family.high_t, 1)) {
+    grow(family.low_i, family.high_i, 0);
+    grow(family.low_t, family.high_t, 1);
     family.nodes = kFewestNodes;
   }
   std::vector<IndexPair> probes = {*first_i, *last_i, *first_t, *last_t};
@@ -130,7 +148,7 @@ bool PairInterpolation::fit(Family& family, const std::vector<IndexPair>& member
 }
 
 bool PairInterpolation::try_nodes(Family& family, int nodes, const std::vector<IndexPair>& probes,
-                                  double allowed) const {
+                                  double allowed) {
   family.nodes = nodes;
   family.at_i = chebyshev(family.low_i, family.high_i, nodes);
   family.at_t = chebyshev(family.low_t, family.high_t, nodes);
@@ -156,6 +174,10 @@ bool PairInterpolation::try_nodes(Family& family, int nodes, const std::vector<I
   skeleton = skeleton_of(fluxes, relative * flux);
   family.flux_chosen = std::move(skeleton.chosen);
   family.flux_weights = std::move(skeleton.weights);
+
+  const auto functions = static_cast<double>(family.chosen.size());
+  cost_ += static_cast<double>(family.candidates.size() + probes.size()) * (Shells::kCount + 1) *
+           (kModeCost + 2 * functions * kTerm);
 
   std::vector<cpx> field;
   std::vector<cpx> field_flux;

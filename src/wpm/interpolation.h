@@ -32,6 +32,8 @@ class PairInterpolation {
   // The pairs T_r to transform, and those whose flux is to be known.
   [[nodiscard]] const std::vector<IndexPair>& functions() const { return functions_; }
   [[nodiscard]] const std::vector<IndexPair>& flux_functions() const { return flux_functions_; }
+  // What the last call of prepare took, in the nanoseconds that cost.h counts in.
+  [[nodiscard]] double cost() const { return cost_; }
   // Of function number r: [pairs of the step].
   [[nodiscard]] const cpx* weights(std::size_t r) const { return weights_[r].data(); }
   // Of pair number c of the step: [flux_functions].
@@ -52,9 +54,8 @@ class PairInterpolation {
   };
 
   [[nodiscard]] bool is_smooth(const std::vector<IndexPair>& pairs) const;
-  bool fit(Family& family, const std::vector<IndexPair>& members, double allowed) const;
-  bool try_nodes(Family& family, int nodes, const std::vector<IndexPair>& probes,
-                 double allowed) const;
+  bool fit(Family& family, const std::vector<IndexPair>& members, double allowed);
+  bool try_nodes(Family& family, int nodes, const std::vector<IndexPair>& probes, double allowed);
   void weigh(const Family& family, const IndexPair& pair, cpx* weights, double* flux) const;
   void sample(const IndexPair& pair, std::vector<cpx>& field, std::vector<cpx>& flux) const;
   [[nodiscard]] static std::vector<double> lagrange(const Family& family, const IndexPair& pair);
@@ -65,6 +66,7 @@ class PairInterpolation {
   std::vector<IndexPair> functions_, flux_functions_;
   std::vector<std::vector<cpx>> weights_;
   std::vector<double> flux_weights_;
+  double cost_ = 0;
 };
 
 }  // namespace wpm

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "wpm/cost.h"
 #include "wpm/loops.h"
 #include "wpm/spot_check.h"
 
@@ -11,6 +12,7 @@ namespace wpm {
 namespace {
 
 constexpr std::size_t kMany = 4;    // pairs, from which on fewer functions may serve
+constexpr int kLongestRest = 64;    // steps, where looking for them is in vain
 constexpr int kStepsToACheck = 32;  // the first of them is compared
 constexpr int kSamples = 3;         // at each comparison
 
@@ -35,16 +37,41 @@ ManyPairs::ManyPairs(const Grid& grid, const StepOptions& options, const Axis& x
 bool ManyPairs::serve(const Slice& from, const PairRuns& runs, const BinnedSpectrum& spectrum,
                       TransferStore& transfers) {
   if (runs.pairs().size() < kMany) return false;
+  if (steps_to_rest_ > 0) {
+    --steps_to_rest_;
+    return false;
+  }
   largest_ = largest_modulus(from.E, grid_.plane());
   // A magnetic field is smaller behind the step, by this much.
   field_factor_ = mode_of({1.0, 0.0, 0.0, 0.0, 0, 0}, runs.pairs().front(), options_).field_factor;
   largest_ *= field_factor_;
   shells_.take(spectrum, x_, y_);
-  if (!pairs_.prepare(runs.pairs(), allowed_error())) return false;
-  std::vector<IndexPair> all = pairs_.functions();
-  all.insert(all.end(), pairs_.flux_functions().begin(), pairs_.flux_functions().end());
+  const bool serves = pairs_.prepare(runs.pairs(), allowed_error()) && is_cheaper(runs, transfers);
+  // What was in vain once will be in vain in the next step, too, and costs as much as many pairs.
+  rest_ = serves ? 0 : std::clamp(2 * rest_, 1, kLongestRest);
+  steps_to_rest_ = rest_;
+  if (!serves) return false;
+  const std::vector<IndexPair> all = all_functions();
   transfers.begin(all);
   return transfers.are_tame(all);
+}
+
+std::vector<IndexPair> ManyPairs::all_functions() const {
+  std::vector<IndexPair> all = pairs_.functions();
+  all.insert(all.end(), pairs_.flux_functions().begin(), pairs_.flux_functions().end());
+  return all;
+}
+
+// Than the exact sums. The store is left asked for the functions.
+bool ManyPairs::is_cheaper(const PairRuns& runs, TransferStore& transfers) const {
+  const auto samples = static_cast<double>(grid_.plane());
+  const auto cost = [&](std::size_t transformed, std::size_t missing) {
+    return cost_by_transforms(
+        {samples, 0, 0, static_cast<double>(transformed), static_cast<double>(missing)});
+  };
+  const double of_pairs = cost(runs.pairs().size(), transfers.begin(runs.pairs()));
+  const double of_functions = cost(pairs_.functions().size(), transfers.begin(all_functions()));
+  return pairs_.cost() + of_functions < of_pairs;
 }
 
 // Of the root mean square. The largest error lies above it as the largest modulus of the field

@@ -13,7 +13,8 @@ class ManyPairs {
   ManyPairs(const Grid& grid, const StepOptions& options, const Axis& x, const Axis& y,
             FoldedFrequencies folds);
 
-  // Whether a few functions serve the pairs of the step within the tolerance.
+  // Whether a few functions serve the pairs of the step within the tolerance, at less cost than the
+  // pairs themselves. Where they don't, some steps are left unasked.
   bool serve(const Slice& from, const PairRuns& runs, const BinnedSpectrum& spectrum,
              TransferStore& transfers);
   [[nodiscard]] const std::vector<IndexPair>& functions() const { return pairs_.functions(); }
@@ -32,6 +33,8 @@ class ManyPairs {
     IndexPair pair;
     cpx before;
   };
+  [[nodiscard]] std::vector<IndexPair> all_functions() const;
+  bool is_cheaper(const PairRuns& runs, TransferStore& transfers) const;
   [[nodiscard]] std::vector<double> flux_of_pairs(const PairRuns& runs,
                                                   const BinnedSpectrum& spectrum,
                                                   TransferStore& transfers, PlaneSums& sums) const;
@@ -50,6 +53,7 @@ class ManyPairs {
   PairInterpolation pairs_;
   std::mt19937 random_{1};
   int steps_ = 0;
+  int rest_ = 0, steps_to_rest_ = 0;  // steps to the next try
   double field_factor_ = 1;
   double largest_ = 0;  // modulus of the field that is stepped from, times the factor
   double error_found_ = 0;

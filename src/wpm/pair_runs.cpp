@@ -35,7 +35,10 @@ namespace {
 void sort_by_pair(std::vector<Run>::iterator begin, std::vector<Run>::iterator end) {
   constexpr std::ptrdiff_t kFew = 64;
   const auto by_pair = [](const Run& a, const Run& b) { return a.pair < b.pair; };
-  if (end - begin > kFew) return std::stable_sort(begin, end, by_pair);
+  if (end - begin > kFew) {
+    if (!std::is_sorted(begin, end, by_pair)) std::stable_sort(begin, end, by_pair);
+    return;
+  }
   for (auto run = begin; run != end; ++run)
     std::rotate(std::upper_bound(begin, run, *run, by_pair), run, run + 1);
 }
@@ -48,9 +51,7 @@ std::uint32_t PairRuns::place_of(const IndexPair& pair) {
   if (pairs_.size() <= kFew)
     for (std::uint32_t place = 0; place < pairs_.size(); ++place)
       if (same_bits(pairs_[place], pair)) return place;
-  const auto [entry, is_new] = places_.try_emplace(pair, static_cast<std::uint32_t>(pairs_.size()));
-  if (is_new) pairs_.push_back(pair);
-  return entry->second;
+  return places_.place_of(pair, pairs_);
 }
 
 void PairRuns::find(const Slice& from, const Slice& to) {

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <span>
-#include <unordered_map>
 #include <vector>
 
 #include "wpm/index_pairs.h"
@@ -49,7 +48,7 @@ class PairRuns {
 
   IndexRuns from_, to_;
   std::vector<IndexPair> pairs_;
-  std::unordered_map<IndexPair, std::uint32_t, HashBits, SameBits> places_;
+  PairTable places_;
   std::vector<Run> runs_;  // by group, then by pair
   std::vector<std::size_t> group_begin_;
 };

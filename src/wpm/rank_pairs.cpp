@@ -48,15 +48,15 @@ void RankPairs::share_pairs() {
   const std::string bytes = ranks::from_all(
       {reinterpret_cast<const char*>(mine.data()), mine.size() * sizeof(IndexPair)});
   pairs_.clear();
-  std::unordered_map<IndexPair, std::uint32_t, HashBits, SameBits> place;
+  PairTable places;
   for (std::size_t at = 0; at < bytes.size(); at += sizeof(IndexPair)) {
     IndexPair pair;
     std::memcpy(static_cast<void*>(&pair), bytes.data() + at, sizeof pair);
-    if (place.try_emplace(pair, static_cast<std::uint32_t>(pairs_.size())).second)
-      pairs_.push_back(pair);
+    places.place_of(pair, pairs_);
   }
   own_number_.assign(pairs_.size(), kNone);
-  for (std::uint32_t own = 0; own < mine.size(); ++own) own_number_[place.at(mine[own])] = own;
+  for (std::uint32_t own = 0; own < mine.size(); ++own)
+    own_number_[places.place_of(mine[own], pairs_)] = own;
 }
 
 std::span<const Run> RankPairs::in_group(int group, std::uint32_t pair) const {
