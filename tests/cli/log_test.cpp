@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <map>
 #include <regex>
 
@@ -78,6 +79,43 @@ TEST(Log, IsDefinedToTheByteAndSilencedByQuiet) {
       const RunResult silent = run_shell(directory, "$ZERITH" + quiet + arguments);
       EXPECT_EQ(std::tuple(silent.status, silent.out + silent.err), std::tuple(0, ""));
     }
+  }
+}
+
+// Each run is long in one of its phases: what the log says of them is a good part of what a clock
+// outside shows, and no more.
+TEST(Log, TimesAreMilliseconds) {
+  struct Case {
+    const char *grid, *arguments;
+    std::size_t from;  // the first of the times that count
+  };
+  const Case cases[] = {
+      {"nx = 128\nny = 128\nnz = 150", "", 0},
+      {"nx = 32\nny = 32", "-p", 1},
+      {"nx = 32\nny = 32", "-p --stream", 1},
+#ifdef ZERITH_LIMITED  // the stand-in: the start of a GPU would be most of a run
+      {"nx = 24\nny = 24", "-g", 1},
+      {"nx = 24\nny = 24", "-g --stream", 1},
+      {"nx = 128\nny = 128\nnz = 150", "-g -k 9", 1},
+#endif
+  };
+  for (const Case& c : cases) {
+    const TempDir directory;
+    directory.write("a.cfg", configuration(c.grid, "n = 1", "shape = random"));
+    const auto begin = std::chrono::steady_clock::now();
+    const RunResult run = run_shell(directory, std::string("$ZERITH -i a.cfg ") + c.arguments);
+    const std::chrono::duration<double, std::milli> outside =
+        std::chrono::steady_clock::now() - begin;
+    ASSERT_EQ(run.status, 0) << run.err;
+    const std::regex time("done\\. ([-+.e0-9]+)ms");
+    double inside = 0;
+    std::size_t place = 0;
+    for (auto match = std::sregex_iterator(run.out.begin(), run.out.end(), time);
+         match != std::sregex_iterator(); ++match)
+      if (place++ >= c.from) inside += std::stod((*match)[1]);
+    EXPECT_GT(place, c.from) << run.out;
+    EXPECT_LE(inside, outside.count()) << c.arguments;
+    EXPECT_GE(inside, outside.count() / 50) << c.arguments;
   }
 }
 
