@@ -2,9 +2,11 @@
 // lost without a word.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <regex>
 #include <sstream>
+#include <thread>
 
 #include "cli/configuration.h"
 #include "support/process.h"
@@ -111,8 +113,9 @@ TEST_F(Faults, FilesThatFailAreNamed) {
 
 // A team of three is two more threads than one, where the work outweighs waking them.
 TEST_F(Faults, ThreadsAreAsManyAsAskedFor) {
+  const int cores = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
   for (const std::string sum : {"--fast", "-q"})
-    for (const auto& [threads, started] : {std::pair("1", 0), {"3", 2}}) {
+    for (const auto& [threads, started] : {std::pair("1", 0), {"3", 2}, {"0", cores - 1}}) {
       EXPECT_EQ(run({"-p", sum, "--threads", threads, "--set", "global.nx=64", "--set",
                      "global.ny=64", "--set", "global.nz=3"},
                     "")
