@@ -13,6 +13,7 @@ namespace {
 
 constexpr std::size_t kMany = 4;    // pairs, from which on fewer functions may serve
 constexpr int kLongestRest = 64;    // steps, where looking for them is in vain
+constexpr double kDear = 0.1;       // of what the pairs themselves take
 constexpr int kStepsToACheck = 32;  // the first of them is compared
 constexpr int kSamples = 3;         // at each comparison
 
@@ -46,9 +47,14 @@ bool ManyPairs::serve(const Slice& from, const PairRuns& runs, const BinnedSpect
   field_factor_ = mode_of({1.0, 0.0, 0.0, 0.0, 0, 0}, runs.pairs().front(), options_).field_factor;
   largest_ *= field_factor_;
   shells_.take(spectrum, x_, y_);
-  const bool serves = pairs_.prepare(runs.pairs(), allowed_error()) && is_cheaper(runs, transfers);
-  // What was in vain once will be in vain in the next step, too, and costs as much as many pairs.
-  rest_ = serves ? 0 : std::clamp(2 * rest_, 1, kLongestRest);
+  const double of_pairs = cost_of(runs.pairs(), runs.pairs(), transfers);
+  const bool serves =
+      pairs_.prepare(runs.pairs(), allowed_error()) &&
+      pairs_.cost() + cost_of(pairs_.functions(), all_functions(), transfers) < of_pairs;
+  // What was in vain is mostly in vain in the next step, too. Where it is cheap beside the pairs,
+  // it is tried again at once.
+  const bool is_cheap = pairs_.cost() < kDear * of_pairs;
+  rest_ = serves || is_cheap ? 0 : std::clamp(2 * rest_, 1, kLongestRest);
   steps_to_rest_ = rest_;
   if (!serves) return false;
   const std::vector<IndexPair> all = all_functions();
@@ -62,16 +68,13 @@ std::vector<IndexPair> ManyPairs::all_functions() const {
   return all;
 }
 
-// Than the exact sums. The store is left asked for the functions.
-bool ManyPairs::is_cheaper(const PairRuns& runs, TransferStore& transfers) const {
-  const auto samples = static_cast<double>(grid_.plane());
-  const auto cost = [&](std::size_t transformed, std::size_t missing) {
-    return cost_by_transforms(
-        {samples, 0, 0, static_cast<double>(transformed), static_cast<double>(missing)});
-  };
-  const double of_pairs = cost(runs.pairs().size(), transfers.begin(runs.pairs()));
-  const double of_functions = cost(pairs_.functions().size(), transfers.begin(all_functions()));
-  return pairs_.cost() + of_functions < of_pairs;
+// Of the sums of some pairs, with the transfer functions of some; the store is left asked for
+// these.
+double ManyPairs::cost_of(const std::vector<IndexPair>& transformed,
+                          const std::vector<IndexPair>& needed, TransferStore& transfers) const {
+  return cost_by_transforms({static_cast<double>(grid_.plane()), 0, 0,
+                             static_cast<double>(transformed.size()),
+                             static_cast<double>(transfers.begin(needed))});
 }
 
 // Of the root mean square. The largest error lies above it as the largest modulus of the field

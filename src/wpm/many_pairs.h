@@ -14,7 +14,7 @@ class ManyPairs {
             FoldedFrequencies folds);
 
   // Whether a few functions serve the pairs of the step within the tolerance, at less cost than the
-  // pairs themselves. Where they don't, some steps are left unasked.
+  // pairs themselves. Where looking for them is dear and in vain, some steps are left unasked.
   bool serve(const Slice& from, const PairRuns& runs, const BinnedSpectrum& spectrum,
              TransferStore& transfers);
   [[nodiscard]] const std::vector<IndexPair>& functions() const { return pairs_.functions(); }
@@ -34,7 +34,8 @@ class ManyPairs {
     cpx before;
   };
   [[nodiscard]] std::vector<IndexPair> all_functions() const;
-  bool is_cheaper(const PairRuns& runs, TransferStore& transfers) const;
+  double cost_of(const std::vector<IndexPair>& transformed, const std::vector<IndexPair>& needed,
+                 TransferStore& transfers) const;
   [[nodiscard]] std::vector<double> flux_of_pairs(const PairRuns& runs,
                                                   const BinnedSpectrum& spectrum,
                                                   TransferStore& transfers, PlaneSums& sums) const;

@@ -27,7 +27,7 @@ const std::vector<BadInput> kErrors = {
     {configuration("", "type = grating\npy = 4\npx = 0.75\nz = 0\n[/layer]\n[layer]\nz = 1\ntype = grating\npy = 4\npx = 0.5"), {},
      "a.cfg: layer 2 (grating): px = 0.5 is under two samples of the grid, whose spacing is 0.5"},
     {configuration("", "type = grating\npx = 4"), {}, "a.cfg: layer 1 (grating): py = 0 is under two samples"},
-    {configuration("", "[/layer]\n[layer]\ntype = grating\nover = 1\npx = 4\npy = 0.3"), {}, "a.cfg: layer 2 (grating): py = 0.3 is under two samples"},
+    {configuration("", "[/layer]\n[layer]\ntype = grating\nover = 1\npx = 4\npy = 0.3"), {}, "a.cfg: layer 2 (grating): py = 0.3 is under two samples of the grid, whose spacing is 0.375"},
     {configuration("nz = -1"), {}, "a.cfg: a grid of 8 x 8 x -1 samples has a negative size"},
     {configuration("nx = 1024\nny = 1024\nnz = 2048"), {},
      "a.cfg: a grid of 1024 x 1024 x 2048 samples has 2^31 voxels or more"},

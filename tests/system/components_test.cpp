@@ -124,6 +124,8 @@ TEST(Components, ReadTheSpacingOfEachAxis) {
   // A slice before its end the sphere's squared radius is 1 - 0.75^2.
   EXPECT_EQ(paint(init_lens_system, 6, 6, 2, {.z = 0.5, .r = 1}),
             "...... ...... ...#.. ...#.. ...#.. ...... " + kDot);
+  // Its vertex is one sample, in the middle of either axis: (2, 3), in rows of 6.
+  EXPECT_EQ(paint(init_lens_system, 4, 6, 1, {.z = 0.25, .r = 1}).find('#'), 5U * 5);
   // Lengths in samples as in the picture below.
   EXPECT_EQ(
       paint(init_grating_system, 12, 12, 1, {.z = 0.25, .px = 8, .wx = 2, .py = 4, .wy = 2.5}),

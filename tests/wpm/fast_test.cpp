@@ -82,6 +82,7 @@ TEST(Fast, TakesTransformsWhereTheyServeAndElseTheDirectSum) {
     cpx n;  // of one sample
     bool is_direct;
     double fall = 1e12;  // of the beam, 1/m^2
+    double turns = 0;    // in y over the slice
   };
   for (const Case& c :
        {Case{"tame", 1.0, 1.2, false}, Case{"large", 1e12, 1.2, false},
@@ -89,11 +90,14 @@ TEST(Fast, TakesTransformsWhereTheyServeAndElseTheDirectSum) {
         Case{"infinite index", 1.0, HUGE_VAL, true}, Case{"gain of e^27", 1.0, {1.2, -17.2}, false},
         Case{"gain of e^46", 1.0, {1.2, -29.3}, true},
         Case{"gain of e^3141", 1.0, {1.2, -2e3}, true},
-        Case{"a single plane wave", 1.0, 1.2, true, 0.0}}) {
+        Case{"a single plane wave", 1.0, 1.2, true, 0.0},
+        Case{"an enormous one among faint ones", 1e20, 1.2, true, 0.0, 1.0}}) {
     SCOPED_TRACE(c.what);
     Scene reference(8, 8, 2, 0.3e-6, 0.35e-6, 0.25e-6, 1e-6);
-    reference.illuminate(
-        [&](double x, double y) { return c.amplitude * std::exp(-c.fall * (x * x + 2 * y * y)); });
+    reference.illuminate([&](double x, double y) {
+      const double phase = c.turns * 2 * M_PI * y / (8 * 0.35e-6);
+      return std::polar(c.amplitude * std::exp(-c.fall * (x * x + 2 * y * y)), phase);
+    });
     reference.N[reference.index(1, 3, 5)] = c.n;
     Scene fast = reference;
     reference.propagate();

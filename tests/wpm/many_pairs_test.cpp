@@ -81,6 +81,15 @@ TEST(ManyPairs, LeaveToTheExactSumWhatItDoesSooner) {
   EXPECT_EQ(exact.E, within.E);
 }
 
+// One slice that no functions serve, as its loss is not smooth in TM, costs its own two steps
+// alone.
+TEST(ManyPairs, ServeAgainBehindASliceThatTheyDoNot) {
+  Scene scene = graded_lens(true, 0.0, 1e-3);
+  scene.pol = TM;
+  scene.N[scene.index(2, 32, 36)] += cpx(0.0, 1e-3);
+  EXPECT_EQ(scene.propagate_by(make_fast_stepper).interpolated, 3);
+}
+
 // Random rows of rank three: three of them make up all others.
 TEST(Skeleton, FindsTheRank) {
   std::mt19937 generator(1);
