@@ -3,14 +3,16 @@
 
 #include <cmath>
 #include <random>
+#include <set>
 
 #include "support/scene.h"
+#include "wpm/index_pairs.h"
 #include "wpm/skeleton.h"
 
 namespace {
 
-// A graded lens, thicker along z if it grows, lit by a beam off its axis: hundreds of
-// indices, or as many as it has levels.
+// A graded lens, thicker and its range of indices wider along z if it grows, lit by a beam off its
+// axis: hundreds of indices, or as many as it has levels.
 Scene graded_lens(bool grows, double extinction, double tolerance, int levels = 250) {
   Scene scene(64, 64, 6, 0.35e-6, 0.3e-6, 0.2e-6, 1e-6);
   scene.is_trimmed = false;
@@ -22,7 +24,8 @@ Scene graded_lens(bool grows, double extinction, double tolerance, int levels = 
         const double y = scene.Y[static_cast<std::size_t>(j)];
         const double profile = std::exp(-(x * x + y * y) / 25e-12) * (grows ? 1 + 0.02 * k : 1.0);
         const double rise = std::round(levels * profile) / levels;
-        scene.N[scene.index(k, j, i)] = {1.5 + 0.02 * rise, extinction * rise};
+        scene.N[scene.index(k, j, i)] = {(grows ? 1.5 - 3e-4 * k : 1.5) + 0.02 * rise,
+                                         extinction * rise};
       }
   scene.illuminate([](double x, double y) {
     return 1e3 * std::exp(-((x - 1e-6) * (x - 1e-6) + y * y) / 3e-12);
@@ -81,13 +84,33 @@ TEST(ManyPairs, LeaveToTheExactSumWhatItDoesSooner) {
   EXPECT_EQ(exact.E, within.E);
 }
 
-// One slice that no functions serve, as its loss is not smooth in TM, costs its own two steps
-// alone.
-TEST(ManyPairs, ServeAgainBehindASliceThatTheyDoNot) {
+// Slices that no functions serve, as their loss is not smooth in TM, cost their own steps alone.
+TEST(ManyPairs, ServeAgainBehindSlicesThatTheyDoNot) {
   Scene scene = graded_lens(true, 0.0, 1e-3);
   scene.pol = TM;
-  scene.N[scene.index(2, 32, 36)] += cpx(0.0, 1e-3);
-  EXPECT_EQ(scene.propagate_by(make_fast_stepper).interpolated, 3);
+  for (const int k : {1, 3}) scene.N[scene.index(k, 32, 36)] += cpx(0.0, 1e-3);
+  EXPECT_EQ(scene.propagate_by(make_fast_stepper).interpolated, 1);
+}
+
+// Many pairs, each met again and again: as many are found as there are, and each sample has its
+// own.
+TEST(IndexPairs, AreDistinctAndEachSamplesOwn) {
+  constexpr std::size_t kSamples = 5000, kIndices = 30;
+  std::mt19937 random(1);
+  std::vector<cpx> N_i(kSamples), N_t(kSamples);
+  std::set<std::pair<double, double>> distinct;
+  for (std::size_t s = 0; s < kSamples; ++s) {
+    N_i[s] = 1.0 + 0.01 * static_cast<double>(random() % kIndices);
+    N_t[s] = cpx(1.5, 0.01 * static_cast<double>(random() % kIndices));
+    distinct.emplace(N_i[s].real(), N_t[s].imag());
+  }
+  IndexPairs found;
+  find_index_pairs(N_i.data(), N_t.data(), kSamples, found);
+  EXPECT_EQ(found.pairs.size(), distinct.size());
+  for (std::size_t s = 0; s < kSamples; ++s) {
+    EXPECT_EQ(found.pairs[found.which[s]].n_i, N_i[s]);
+    EXPECT_EQ(found.pairs[found.which[s]].n_t, N_t[s]);
+  }
 }
 
 // Random rows of rank three: three of them make up all others.
