@@ -72,10 +72,11 @@ TEST(Fast, ThreadsChangeNoByteOfTheReference) {
 // The first interpolated step is compared with the exact sum, whatever the steps before it.
 TEST(Fast, ToleranceSaysWhatTheStepsWereOffBy) {
   const TempDir directory;
-  directory.write("a.cfg",
-                  configuration("nx = 48\nny = 48\nx = 24\ny = 20\nnz = 12\nz = 6\ntrim = 0",
-                                "n = 1.5\ntype = lens\nz = 6\nr = -8\nne = 1.4\nlevels = 64",
-                                "shape = gaussian\namp = 100\nsigmax = 3\nsigmay = 4"));
+  directory.write(
+      "a.cfg",
+      configuration("nx = 48\nny = 48\nx = 24\ny = 20\nnz = 12\nz = 6\ntrim = 0",
+                    "n = 1.5\ntype = grin\ng = 0.02\nz = 6\nr = 9\nne = 1.47\nlevels = 500",
+                    "shape = gaussian\namp = 100\nsigmax = 3\nsigmay = 4"));
   const auto said = [&](std::vector<std::string> options) {
     options.insert(options.begin(), {"-i", "a.cfg", "-p", "--fast", "--progress", "plain"});
     const RunResult run = run_zerith(directory, options);
