@@ -125,19 +125,21 @@ TEST(Log, TerminalSeesHowFarARunIs) {
 #ifdef __SANITIZE_ADDRESS__
   GTEST_SKIP() << "takes too long";
 #endif
-  const TempDir directory;
-  std::string shown;
-  int steps = 11;
-  for (; steps < 5000 && shown.find("slice ") == std::string::npos; steps *= 4) {
-    directory.write("a.cfg", configuration("nx = 48\nny = 48\nnz = " + std::to_string(steps + 1),
-                                           "n = 1", "shape = random"));
-    shown =
-        run_shell(directory, "script -qec \"$ZERITH -i a.cfg -p >log\" /dev/null | tr '\\r' '\\n'")
-            .out;
+  for (const std::string sum : {"", "--stream"}) {
+    const TempDir directory;
+    std::string shown;
+    int steps = 11;
+    for (; steps < 5000 && shown.find("slice ") == std::string::npos; steps *= 4) {
+      directory.write("a.cfg", configuration("nx = 48\nny = 48\nnz = " + std::to_string(steps + 1),
+                                             "n = 1", "shape = random"));
+      shown = run_shell(directory, "script -qec \"$ZERITH -i a.cfg -p " + sum +
+                                       " >log\" /dev/null | tr '\\r' '\\n'")
+                  .out;
+    }
+    const std::regex expected("[^]*slice [0-9]+ of " + std::to_string(steps / 4) +
+                              ", [0-9]+ %[^\n]*[^-0-9.][0-9.]+ (s|min|h) left[^]*");
+    EXPECT_TRUE(std::regex_match(shown, expected)) << shown;
   }
-  const std::regex expected("[^]*slice [0-9]+ of " + std::to_string(steps / 4) +
-                            ", [0-9]+ %[^\n]*[^-0-9.][0-9.]+ (s|min|h) left[^]*");
-  EXPECT_TRUE(std::regex_match(shown, expected)) << shown;
 }
 
 TEST(Log, EndsWhereTheRunIsRefused) {
