@@ -100,4 +100,16 @@ TEST_F(DeviceTest, TheHostsFieldIsSteppedFrom) {
   }
 }
 
+// An axis without a spacing, x or y alone, is no transform's: neither the host's nor the device's.
+TEST(Stepper, LeavesAxesWithoutSpacingToTheDirectSum) {
+  for (const bool is_y : {false, true}) {
+    Scene scene(8, 8, 4, is_y ? 0.25 : 0.0, is_y ? 0.0 : 0.2, 0.15, 1.0);
+    EXPECT_EQ(scene.propagate_by(make_fast_stepper).direct, 3) << is_y;
+    DeviceStepper stepper(scene.grid(), scene.options(), {.is_fast = true});
+    stepper.step({scene.E.data(), scene.F.data(), scene.N.data()},
+                 {&scene.E[64], &scene.F[64], &scene.N[64]});
+    EXPECT_STREQ(stepper.sum_taken(), "direct sum") << is_y;
+  }
+}
+
 }  // namespace
