@@ -7,6 +7,7 @@
 
 #include "support/scene.h"
 #include "wpm/axis.h"
+#include "wpm/loops.h"
 #include "wpm/threads.h"
 
 namespace {
@@ -129,6 +130,30 @@ TEST(Fast, NeedsNoSumWhereEverythingIsNaN) {
     EXPECT_EQ(std::isnan(fast.F[s]), std::isnan(reference.F[s])) << s;
     EXPECT_EQ(std::signbit(fast.F[s]), std::signbit(reference.F[s])) << s;
   }
+}
+
+// However near to the cut-off of 1e-4 a raw transform value lies, its modulus decides; and a single
+// one that is not tame is noticed wherever it stands.
+TEST(Fast, JudgesPlaneWavesByTheirModulus) {
+  constexpr int kValues = 401;
+  std::vector<cpx> S;
+  for (int a = 0; a < kValues; ++a) S.push_back(std::polar(1e-4, 0.7 * a));
+  std::vector<cpx> f(kValues);
+  const wpm::Taken taken = wpm::take_amplitudes(kValues, S.data(), 0.25, f.data());
+  std::size_t kept = 0;
+  for (std::size_t a = 0; a < kValues; ++a) {
+    EXPECT_EQ(f[a], std::abs(S[a]) < 1e-4 ? 0.0 : 0.25 * S[a]) << a;
+    kept += std::abs(S[a]) < 1e-4 ? 0 : 1;
+  }
+  EXPECT_EQ(taken.kept, kept);
+  EXPECT_TRUE(kept > 20 && kept < kValues - 20) << "rounding leaves them on both sides: " << kept;
+  EXPECT_TRUE(taken.is_tame);
+  for (const double wild : {1e20, HUGE_VAL, std::nan("")})
+    for (std::size_t place = 0; place < 7; ++place) {
+      std::vector<cpx> one(7, 1.0);
+      one[place] = {0.0, wild};
+      EXPECT_FALSE(wpm::take_amplitudes(7, one.data(), 0.25, f.data()).is_tame) << wild << place;
+    }
 }
 
 // Axes of another making are not a transform's.
