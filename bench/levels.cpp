@@ -1,7 +1,6 @@
 // What the levels of a curved face cost: a step with --fast through a lens of several levels.
 #include <cmath>
 #include <cstdio>
-#include <ctime>
 
 #include "fftw++.h"
 #include "measure.h"
@@ -69,17 +68,11 @@ Lens lens_of(int side, int slices, int levels) {
 
 // Milliseconds of the processor for a step, planning left out and every slice new to the stepper.
 double step_ms(Scene& scene) {
-  const auto plane = static_cast<std::ptrdiff_t>(scene.grid().plane());
-  std::fill(scene.E.begin() + plane, scene.E.end(), 0.0);
-  std::fill(scene.F.begin() + plane, scene.F.end(), 0.0);
-  const auto stepper = make_fast_stepper(scene.grid(), scene.options());
-  const auto slice = [&](int k) {
-    const std::size_t begin = scene.index(k, 0, 0);
-    return Slice{&scene.E[begin], &scene.F[begin], &scene.N[begin], k};
-  };
-  const std::clock_t begin = std::clock();
-  for (int k = 0; k + 1 < scene.nz; ++k) stepper->step(slice(k), slice(k + 1));
-  return 1e3 * static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC / (scene.nz - 1);
+  Steps steps(scene);
+  steps.clear();
+  const double begin = processor_seconds();
+  steps();
+  return 1e3 * (processor_seconds() - begin) / (scene.nz - 1);
 }
 
 // Milliseconds of an inverse transform of FFTW, of all rows and columns.

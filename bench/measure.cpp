@@ -20,9 +20,9 @@ double median(std::vector<double> values) {
 }  // namespace
 
 double seconds(const Work& work) {
-  const auto begin = std::chrono::steady_clock::now();
+  const double begin = wall_seconds();
   work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+  return wall_seconds() - begin;
 }
 
 double median_seconds(const Work& work, int runs) {

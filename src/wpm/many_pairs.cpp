@@ -56,10 +56,7 @@ bool ManyPairs::serve(const Slice& from, const PairRuns& runs, const BinnedSpect
   const bool is_cheap = pairs_.cost() < kDear * of_pairs;
   rest_ = serves || is_cheap ? 0 : std::clamp(2 * rest_, 1, kLongestRest);
   steps_to_rest_ = rest_;
-  if (!serves) return false;
-  const std::vector<IndexPair> all = all_functions();
-  transfers.begin(all);
-  return transfers.are_tame(all);
+  return serves && transfers.are_tame(all_functions());
 }
 
 std::vector<IndexPair> ManyPairs::all_functions() const {
