@@ -132,14 +132,24 @@ cudaError_t cudaFree(void* pointer) {
 }
 
 cudaError_t cudaMemcpy(void* target, const void* source, std::size_t bytes, cudaMemcpyKind kind) {
+  return cudaMemcpy2D(target, bytes, source, bytes, bytes, 1, kind);
+}
+
+cudaError_t cudaMemcpy2D(void* target, std::size_t target_pitch, const void* source,
+                         std::size_t source_pitch, std::size_t width, std::size_t height,
+                         cudaMemcpyKind kind) {
   standin::Device& device = standin::device();
   const std::lock_guard lock(device.mutex);
-  if (bytes == 0 || device.errors.is_faulted()) return device.errors.record(cudaSuccess);
+  if (width == 0 || height == 0 || device.errors.is_faulted())
+    return device.errors.record(cudaSuccess);
   if (!device.calls.take(standin::Call::kCopy)) return device.errors.record(cudaErrorUnknown);
+  if (width > target_pitch || width > source_pitch)
+    return device.errors.record(cudaErrorInvalidValue);
 
   std::vector<const void*> device_sides;
   for (const bool is_target : {true, false}) {
     const void* side = is_target ? target : source;
+    const std::size_t bytes = (height - 1) * (is_target ? target_pitch : source_pitch) + width;
     const bool is_device_side = standin::is_on_device(is_target, kind);
     const bool is_valid = is_device_side ? device.memory.find(side, bytes) != nullptr
                                          : device.memory.find(side) == nullptr && side != nullptr;
@@ -147,7 +157,9 @@ cudaError_t cudaMemcpy(void* target, const void* source, std::size_t bytes, cuda
     if (is_device_side) device_sides.push_back(side);
   }
   const standin::Access access(device.memory, device_sides);
-  std::memmove(target, source, bytes);
+  for (std::size_t row = 0; row < height; ++row)
+    std::memmove(static_cast<std::byte*>(target) + row * target_pitch,
+                 static_cast<const std::byte*>(source) + row * source_pitch, width);
   return device.errors.record(cudaSuccess);
 }
 

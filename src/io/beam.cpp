@@ -129,7 +129,7 @@ std::vector<double> BeamSink::row(int k, const Slice& slice) const {
       const double x = grid_.x(i) / units_.metres;
       const double intensity = std::norm(slice.E[sample]);
       line.add(intensity, x, y);
-      if (slice.flux == nullptr) flux += slice.F[sample];
+      if (!slice.flux) flux += slice.F[sample];
       if (radius_ && std::hypot(x - x_, y - y_) <= *radius_) in_circle += intensity;
       if (intensity > peak) {
         peak = intensity;
@@ -144,7 +144,7 @@ std::vector<double> BeamSink::row(int k, const Slice& slice) const {
     moments.xy += line.xy;
     moments.yy += line.yy;
   }
-  if (slice.flux != nullptr) flux = *slice.flux;
+  if (slice.flux) flux = *slice.flux;
   const Ellipse ellipse = ellipse_of(moments);
   if (!(peak >= 0)) peak = peak_x = peak_y = std::nan("");
   const cpx axis =

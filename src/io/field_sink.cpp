@@ -175,7 +175,9 @@ class FieldSink : public Sink {
             has(&Monitor::saves_index),
             false,
             box_.y.first,
-            box_.y.first + box_.y.count};
+            box_.y.first + box_.y.count,
+            box_.x.first,
+            box_.x.first + box_.x.count};
   }
   void finish() override { disk_.finish(); }
 

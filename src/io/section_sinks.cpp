@@ -30,9 +30,11 @@ class CrossSectionSink : public Sink {
   }
   [[nodiscard]] SliceParts looks_at(int k) const override {
     if (!stream_.shows(k)) return {};
-    return {quantity_ == Quantity::kField, quantity_ == Quantity::kFlux,
-            quantity_ == Quantity::kIndex, false,
-            stream_.first_row(),           stream_.end_row()};
+    SliceParts parts = stream_.looks_at();
+    parts.E = quantity_ == Quantity::kField;
+    parts.F = quantity_ == Quantity::kFlux;
+    parts.N = quantity_ == Quantity::kIndex;
+    return parts;
   }
   void finish() override { stream_.finish(); }
   Mark mark() override { return stream_.mark(); }
@@ -50,8 +52,8 @@ class FluxProfileFile : public FluxProfileSink {
 
   void take(int k, const Slice& slice) override {
     double flux = 0.0;
-    for (std::size_t i = 0; slice.flux == nullptr && i < samples_; ++i) flux += slice.F[i];
-    if (slice.flux != nullptr) flux = *slice.flux;
+    for (std::size_t i = 0; !slice.flux && i < samples_; ++i) flux += slice.F[i];
+    if (slice.flux) flux = *slice.flux;
     if (k == 0)
       flux0_ = flux;
     else

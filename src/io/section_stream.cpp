@@ -25,13 +25,17 @@ bool SectionStream::shows(int k) const {
   return is_row(k - shift_) || (runs_on_ && is_row(k - shift_ - 1));
 }
 
-int SectionStream::first_row() const {
-  const bool is_one = !is_across_z_ && step_ == 1 && !runs_on_;
-  return is_one ? static_cast<int>(begin_ / side_) : 0;
-}
-int SectionStream::end_row() const {
-  const bool is_one = !is_across_z_ && step_ == 1 && !runs_on_;
-  return is_one ? first_row() + 1 : static_cast<int>(side_);
+SliceParts SectionStream::looks_at() const {
+  SliceParts parts;
+  if (is_across_z_ || runs_on_) return parts;
+  if (step_ == 1) {
+    parts.first_row = static_cast<int>(begin_ / side_);
+    parts.end_row = parts.first_row + 1;
+  } else {
+    parts.first_column = static_cast<int>(begin_ % side_);
+    parts.end_column = parts.first_column + 1;
+  }
+  return parts;
 }
 
 void SectionStream::take(int k, const SliceValues& values) {

@@ -32,9 +32,8 @@ class SectionStream {
 
   // Whether the file shows anything of slice k; the others need not be taken.
   [[nodiscard]] bool shows(int k) const;
-  // The rows of a slice that it shows anything of.
-  [[nodiscard]] int first_row() const;
-  [[nodiscard]] int end_row() const;
+  // The rows and columns of a slice that it shows anything of.
+  [[nodiscard]] SliceParts looks_at() const;
   // Slices come in order.
   void take(int k, const SliceValues& values);
   void finish();

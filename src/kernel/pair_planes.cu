@@ -11,10 +11,6 @@ namespace {
 constexpr int kLargestBatch = 16;
 constexpr double kAxesTwoPi = 6.2831853;  // the value that frequencies are made with
 
-int strands_of(std::size_t terms) {
-  return static_cast<int>((terms + kRun - 1) / kRun);
-}
-
 // Of a launch whose threads are laid out for ny by nx in square blocks and read as nx by ny.
 int covered(int n, int other, int blockSize) {
   return static_cast<int>(std::min<long long>(
@@ -47,6 +43,10 @@ dim3 blocks_over(int columns, int rows, int layers) {
 dim3 blocks_over_line(int count, int layers) {
   return {(static_cast<unsigned>(count) + kLineBlock - 1) / kLineBlock,
           static_cast<unsigned>(layers)};
+}
+
+int strands_of(std::size_t terms) {
+  return static_cast<int>((terms + kRun - 1) / kRun);
 }
 
 PairPlanes::PairPlanes(const Plane& plane, const ModeRules& rules, const StepperOptions& options,

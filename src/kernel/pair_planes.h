@@ -27,6 +27,9 @@ dim3 blocks_over(int columns, int rows, int layers = 1);
 inline constexpr unsigned kLineBlock = 128;  // threads of the kernels over a line
 dim3 blocks_over_line(int count, int layers = 1);
 
+// Threads that add up, or look at, so many terms, kRun each.
+int strands_of(std::size_t terms);
+
 // Sums by transforms. Pairs are taken in batches that fill the room for planes.
 class PairPlanes {
  public:

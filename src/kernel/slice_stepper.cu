@@ -7,12 +7,15 @@
 
 #include "kernel/direct_sum.cuh"
 #include "kernel/pair_planes.h"
+#include "kernel/slice_report.h"
 
 namespace device {
 namespace {
 
 // With more pairs than this share of the samples the direct sum does less work.
 constexpr double kLargestShareOfPairs = 0.4;
+
+constexpr const char* kTiming = "time a step";
 
 bool same_bits(const std::vector<double2>& a, const double2* b) {
   return std::memcmp(a.data(), b, a.size() * sizeof(double2)) == 0;
@@ -24,7 +27,9 @@ struct SliceStepper::Inside {
   Inside(const SliceAxis& x, const SliceAxis& y, const StepperOptions& options);
   ~Inside();
   void set_pairs(const StepPairs& pairs);
-  void step();
+  void step(const Survey& survey);
+  template <class T>
+  void fetch(const Array<T>& from, T* host, const Rectangle& part);
 
   template <class Index>
   void upload_samples(const std::uint32_t* samples, Array<Index>& to);
@@ -43,6 +48,8 @@ struct SliceStepper::Inside {
   Array<double> F;
   Array<double2> S;
   Array<Wild> wild;
+  SliceReporter reporter;
+  cudaEvent_t begun = nullptr, done = nullptr;
 
   // Of the pairs.
   std::vector<double2> host_n_i, host_n_t;
@@ -66,7 +73,8 @@ SliceStepper::Inside::Inside(const SliceAxis& x, const SliceAxis& y, const Stepp
       options(options_),
       rules{options_.do_evanescent_modes, options_.is_magnetic_field, options_.is_TE,
             options_.is_trimmed},
-      planes(plane, rules, options_, status) {
+      planes(plane, rules, options_, status),
+      reporter(plane, status) {
   const char* making_room = "make room for the planes of a slice";
   const std::size_t samples = plane.samples();
   for (Array<double2>* array : {&E[0], &E[1], &S}) status.reserve(*array, samples, making_room);
@@ -89,10 +97,14 @@ SliceStepper::Inside::Inside(const SliceAxis& x, const SliceAxis& y, const Stepp
     if (status.is_good()) status.take(array->clear(), making_room);
   if (status.is_good()) status.take(F.clear(), making_room);
   if (status.is_good()) status.take(wild.clear(), making_room);
+  for (cudaEvent_t* event : {&begun, &done})
+    if (status.is_good()) status.take(cudaEventCreate(event), kTiming);
 }
 
 SliceStepper::Inside::~Inside() {
   if (forward != 0) cufftDestroy(forward);
+  for (const cudaEvent_t event : {begun, done})
+    if (event != nullptr) cudaEventDestroy(event);
 }
 
 template <class Index>
@@ -142,8 +154,9 @@ void SliceStepper::Inside::set_pairs(const StepPairs& pairs) {
     upload_samples(pairs.samples, wide);
 }
 
-void SliceStepper::Inside::step() {
+void SliceStepper::Inside::step(const Survey& survey) {
   ++step_number;
+  status.take(cudaEventRecord(begun, nullptr), kTiming);
   const bool is_possible_block = options.blockSize >= 1 && options.blockSize <= 32;
   if (!is_possible_block) {
     status.take(cudaErrorInvalidConfiguration, "launch a step in blocks of that edge");
@@ -163,6 +176,21 @@ void SliceStepper::Inside::step() {
     sum_directly(next);
   }
   current = 1 - current;
+  reporter.look_over(survey, E[current].data(), F.data(), step_number);
+  if (status.is_good()) status.take(cudaEventRecord(done, nullptr), kTiming);
+}
+
+template <class T>
+void SliceStepper::Inside::fetch(const Array<T>& from, T* host, const Rectangle& part) {
+  const int columns = std::min(part.end_column, plane.nx) - part.first_column;
+  const int rows = std::min(part.end_row, plane.ny) - part.first_row;
+  if (host == nullptr || columns <= 0 || rows <= 0 || !status.is_good()) return;
+  const auto size = [](int count) { return static_cast<std::size_t>(count); };
+  const std::size_t first = size(part.first_row) * size(plane.nx) + size(part.first_column);
+  const std::size_t pitch = size(plane.nx) * sizeof(T);
+  status.take(cudaMemcpy2D(host + first, pitch, from.data() + first, pitch,
+                           size(columns) * sizeof(T), size(rows), cudaMemcpyDeviceToHost),
+              "hand the slice over");
 }
 
 void SliceStepper::Inside::sum_directly(double2* to) {
@@ -212,15 +240,29 @@ void SliceStepper::set_pairs(const StepPairs& pairs) {
   if (inside_->status.is_good()) inside_->set_pairs(pairs);
 }
 
-void SliceStepper::step() {
-  if (inside_->status.is_good()) inside_->step();
+void SliceStepper::step(const Survey& survey) {
+  if (inside_->status.is_good()) inside_->step(survey);
 }
 
-void SliceStepper::fetch(double2* E, double* F) {
+void SliceStepper::fetch(double2* E, double* F, const Rectangle& part) {
+  inside_->fetch(inside_->E[inside_->current], E, part);
+  inside_->fetch(inside_->F, F, part);
+}
+
+void SliceStepper::fetch_last(double2* E) {
+  inside_->fetch(inside_->E[1 - inside_->current], E, {});
+}
+
+Findings SliceStepper::findings() {
+  return inside_->reporter.findings(inside_->step_number);
+}
+
+double SliceStepper::step_seconds() {
   Inside& in = *inside_;
-  const char* doing = "hand the slice over";
-  if (E != nullptr && in.status.is_good()) in.status.take(in.E[in.current].download(E), doing);
-  if (F != nullptr && in.status.is_good()) in.status.take(in.F.download(F), doing);
+  float ms = 0;
+  if (in.status.is_good()) in.status.take(cudaEventSynchronize(in.done), kTiming);
+  if (in.status.is_good()) in.status.take(cudaEventElapsedTime(&ms, in.begun, in.done), kTiming);
+  return 1e-3 * static_cast<double>(ms);
 }
 
 bool SliceStepper::is_by_transforms() const {

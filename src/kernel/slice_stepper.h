@@ -3,6 +3,7 @@
 
 #include <cuda_runtime.h>
 
+#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -53,6 +54,23 @@ struct Failure {
   std::string text;
 };
 
+// What is worked out of a slice on the device.
+struct Survey {
+  bool flux = false;    // the sum of F
+  bool health = false;  // whether E is finite, and light anywhere
+};
+
+struct Findings {
+  double flux = 0;
+  bool is_finite = true, is_light = true;
+};
+
+// Rows and columns of a slice; ends beyond it are its own.
+struct Rectangle {
+  int first_row = 0, end_row = INT_MAX;
+  int first_column = 0, end_column = INT_MAX;
+};
+
 // Made once for a run: it plans, and owns its planes. E of the slice that is stepped from stays on
 // the device. A step of the pairs of the last one copies nothing, allocates nothing and does not
 // wait for the device; what it does there may still be going on when it returns.
@@ -68,10 +86,18 @@ class SliceStepper {
   // The pairs of the steps to come. What depends on them alone is worked out here; what is the same
   // as before is not.
   void set_pairs(const StepPairs& pairs);
-  // Makes the next slice; it is the one to step from then.
-  void step();
-  // Brings the slice that was made to the host, [ny][nx] each; a null pointer is left out.
-  void fetch(double2* E, double* F);
+  // Makes the next slice and surveys it; it is the one to step from then.
+  void step(const Survey& survey = {});
+
+  // These wait for the device. Of the slice that was made, to the host, [ny][nx] each: a rectangle,
+  // what lies around it being left as it is; a null pointer is left out.
+  void fetch(double2* E, double* F, const Rectangle& part = {});
+  // E of the slice that was stepped from last.
+  void fetch_last(double2* E);
+  // What the survey of the last step found.
+  [[nodiscard]] Findings findings();
+  // Seconds of the device for the last step.
+  [[nodiscard]] double step_seconds();
 
   // Whether the last step summed by transforms.
   [[nodiscard]] bool is_by_transforms() const;

@@ -27,7 +27,8 @@ const BranchFiles& files_of(Branch branch) {
 
 namespace {
 
-std::unique_ptr<Slices> slices_of(const Run& run, cpx* E, double* F, const RunState* state) {
+std::unique_ptr<Slices> slices_of(const Run& run, const Stepper& stepper, cpx* E, double* F,
+                                  const RunState* state) {
   if (!run.is_streamed) {
     auto volume = std::make_unique<WholeVolume>(run.grid, E, F, run.N.data(), run.stack.get());
     if (state != nullptr)
@@ -38,6 +39,7 @@ std::unique_ptr<Slices> slices_of(const Run& run, cpx* E, double* F, const RunSt
   auto pair =
       std::make_unique<RollingPair>(*run.stack, run.window, my_window(run, run.E.data()).data(),
                                     my_window(run, run.F.data()).data());
+  if (stepper.is_elsewhere()) pair->leave_undarkened();
   if (state != nullptr) pair->go_on_at(state->slice, my_window(run, state->E.data()).data());
   return pair;
 }
@@ -102,7 +104,7 @@ BranchResult march_branch(Run& run, Branch branch, Stepper& stepper, double plan
   const Options& options = run.options;
   const RunState* state = run.resumed && run.resumed->branch == branch ? &*run.resumed : nullptr;
   Hangings hangings(run, branch);
-  const std::unique_ptr<Slices> slices = slices_of(run, E, F, state);
+  const std::unique_ptr<Slices> slices = slices_of(run, stepper, E, F, state);
   MarchTimes times;
   if (state != nullptr) {
     hangings.go_back_to(run, *state);

@@ -222,13 +222,18 @@ void StopWatch::write(int k, const Slice& slice) {
   written_ = std::chrono::steady_clock::now();
 }
 
-void StopWatch::slice_done(int k, const Slice& slice) {
+bool StopWatch::wants_field(int /*k*/) {
   // What one rank saw of the clock or of a signal, all do.
   const bool is_late = std::chrono::steady_clock::now() - written_ >= every_;
   const int due = ranks::most(2 * signal_that_came + (is_late && ranks::is_first() ? 1 : 0));
-  const int signal = due / 2;
-  if (!file_.empty() && due != 0) write(k, slice);
-  if (signal == 0) return;
+  signal_ = due / 2;
+  is_due_ = !file_.empty() && due != 0;
+  return is_due_;
+}
+
+void StopWatch::slice_done(int k, const Slice& slice) {
+  if (is_due_) write(k, slice);
+  if (signal_ == 0) return;
   if (ranks::is_first()) {
     if (file_.empty())
       for (Sink* sink : sinks_) sink->mark();  // to the disk
@@ -239,6 +244,6 @@ void StopWatch::slice_done(int k, const Slice& slice) {
                                       : "; the same command goes on from " + file_));
   }
   ranks::meet();
-  std::signal(signal, SIG_DFL);
-  std::raise(signal);
+  std::signal(signal_, SIG_DFL);
+  std::raise(signal_);
 }

@@ -51,6 +51,7 @@ class StopWatch : public SliceWatcher {
   StopWatch(std::string file, std::string identity, double every_seconds, Branch branch,
             const Grid& grid, std::span<Sink* const> sinks, const double& step_seconds,
             const EdgeMask* edge);
+  bool wants_field(int k) override;
   void slice_done(int k, const Slice& slice) override;
 
  private:
@@ -63,5 +64,7 @@ class StopWatch : public SliceWatcher {
   std::span<Sink* const> sinks_;
   const double& step_seconds_;
   const EdgeMask* edge_;  // null without an edge
+  bool is_due_ = false;
+  int signal_ = 0;  // that came before the slice at hand was done
   std::chrono::steady_clock::time_point written_ = std::chrono::steady_clock::now();
 };

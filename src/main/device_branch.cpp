@@ -104,7 +104,7 @@ double run_steps(Run& run) {
     planTimer.start();
     stepper = std::make_unique<DeviceStepper>(
         run.grid, run.step_options(),
-        DeviceChoice{run.options.is_fast, run.is_TE, run.options.blockSize, !has_masks(run)});
+        DeviceChoice{run.options.is_fast, run.is_TE, run.options.blockSize});
     planTimer.stop();
   });
   phase(log, "\tConvert format ... \t", [] {});

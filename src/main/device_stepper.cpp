@@ -1,5 +1,6 @@
 #include "main/device_stepper.h"
 
+#include <algorithm>
 #include <iostream>
 
 #include "diagnostics.h"
@@ -35,7 +36,7 @@ struct SampledAxis {
 
 DeviceStepper::DeviceStepper(const Grid& grid, const StepOptions& options,
                              const DeviceChoice& choice)
-    : samples_(grid.plane()), field_stays_(choice.field_stays) {
+    : samples_(grid.plane()) {
   if (samples_ == 0) return;
   const SampledAxis x(grid.nx, grid.dx);
   const SampledAxis y(grid.ny, grid.dy);
@@ -51,13 +52,58 @@ DeviceStepper::DeviceStepper(const Grid& grid, const StepOptions& options,
 }
 
 void DeviceStepper::step(const Slice& from, const Slice& to) {
+  Slice made = to;
+  begin(from, to, {.E = true, .F = true});
+  finish(made);
+}
+
+void DeviceStepper::begin(const Slice& from, const Slice& to, const SliceParts& parts) {
   if (!stepper_) return;
-  if (!field_stays_ || from.E != made_) stepper_->set_field(on_device(from.E));
+  if (!from.is_as_made) stepper_->set_field(on_device(from.E));
   set_pairs(from, to);
-  stepper_->step();
-  stepper_->fetch(fetches_E_ ? on_device(to.E) : nullptr, fetches_F_ ? to.F : nullptr);
-  require_success();
   made_ = to.E;
+  parts_ = parts;
+  // The direct sum has the bits of whole volumes, whose flux the host adds up in its own order.
+  survey_ = {parts.flux && stepper_->is_by_transforms(), parts.health};
+  began_ = std::chrono::steady_clock::now();
+  stepper_->step(survey_);
+  require_success();
+  begun_ = std::chrono::steady_clock::now();
+}
+
+void DeviceStepper::finish(Slice& to) {
+  if (!stepper_) return;
+  const Time asked = std::chrono::steady_clock::now();
+  const device::Rectangle part = {parts_.first_row, parts_.end_row, parts_.first_column,
+                                  parts_.end_column};
+  const bool is_all_F_wanted = parts_.flux && !survey_.flux;
+  stepper_->fetch(parts_.E ? on_device(to.E) : nullptr,
+                  parts_.F && !is_all_F_wanted ? to.F : nullptr, part);
+  if (is_all_F_wanted) stepper_->fetch(nullptr, to.F);
+  if (survey_.flux || survey_.health) tell(stepper_->findings(), to);
+  const std::chrono::duration<double> seconds(stepper_->step_seconds());
+  require_success();
+  to.is_as_made = true;
+  const std::chrono::duration<double> between =
+      std::min<std::chrono::duration<double>>(seconds, asked - began_) - (begun_ - began_);
+  seconds_between_ = std::max(0.0, between.count());
+}
+
+void DeviceStepper::tell(const device::Findings& found, Slice& slice) const {
+  if (survey_.flux) slice.flux = found.flux;
+  if (survey_.health)
+    slice.health = !found.is_finite ? Health::kNotFinite
+                   : found.is_light ? Health::kLight
+                                    : Health::kDark;
+}
+
+void DeviceStepper::bring_field(const Slice& slice) {
+  if (!stepper_ || !slice.is_as_made) return;
+  if (slice.E == made_)
+    stepper_->fetch(on_device(slice.E), nullptr);
+  else
+    stepper_->fetch_last(on_device(slice.E));
+  require_success();
 }
 
 void DeviceStepper::set_pairs(const Slice& from, const Slice& to) {

@@ -1,6 +1,7 @@
 // The device's steps in the run's terms.
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <vector>
 
@@ -13,12 +14,11 @@ struct DeviceChoice {
   bool is_fast = false;  // by transforms where pairs of indices are few, else by the direct sum
   bool is_TE = true;     // the device knows no third polarization
   int blockSize = 16;
-  // Nothing, no mask above all, changes E between steps: it is taken from the host once.
-  bool field_stays = false;
 };
 
 // Steps on the device. The pairs of indices of a step are found and uploaded when its slices belong
-// to another stretch than those of the last step; without stretches, in each step.
+// to another stretch than those of the last step; without stretches, in each step. The field is
+// taken from the host unless it is as the device made it.
 //
 // A failure is reported as the device branch reports one and ends the process with status 255.
 class DeviceStepper : public Stepper {
@@ -27,24 +27,31 @@ class DeviceStepper : public Stepper {
   // don't serve, and the direct sum is taken.
   DeviceStepper(const Grid& grid, const StepOptions& options, const DeviceChoice& choice);
 
-  // to is a fresh slice: what its E and F hold is replaced.
+  // to is a fresh slice: what its E and F hold is replaced. All of it comes to the host.
   void step(const Slice& from, const Slice& to) override;
+  // A step of which no part is wanted need not be finished, and does not wait for the device.
+  void begin(const Slice& from, const Slice& to, const SliceParts& parts) override;
+  void finish(Slice& to) override;
+  [[nodiscard]] bool is_elsewhere() const override { return true; }
+  [[nodiscard]] double seconds_between() const override { return seconds_between_; }
+  void bring_field(const Slice& slice) override;
   [[nodiscard]] const char* sum_taken() const override;
 
-  // What the next steps bring to the host; both at first. A step that brings nothing does not wait
-  // for the device.
-  void fetch(bool E, bool F) { fetches_E_ = E, fetches_F_ = F; }
-
  private:
+  using Time = std::chrono::steady_clock::time_point;
+
+  void tell(const device::Findings& found, Slice& slice) const;
   void set_pairs(const Slice& from, const Slice& to);
   void require_success() const;
 
   std::size_t samples_;
-  bool field_stays_;
   std::optional<device::SliceStepper> stepper_;  // none for a slice without samples
-  const cpx* made_ = nullptr;                    // E of the slice that the device has made
+  const cpx* made_ = nullptr;                    // E of the slice that it has made, or is making
+  SliceParts parts_;                             // wanted of it
+  device::Survey survey_;
+  Time began_, begun_;  // when it was launched, and begin returned
+  double seconds_between_ = 0;
   int stretch_from_ = -1, stretch_to_ = -1;
-  bool fetches_E_ = true, fetches_F_ = true;
   IndexPairs found_;
   std::vector<double2> n_i_, n_t_;
 };

@@ -69,19 +69,7 @@ GatheringSink::GatheringSink(const Run& run, std::vector<Sink*> sinks)
 
 // Of all sinks together, known to all ranks.
 SliceParts GatheringSink::wanted(int k) const {
-  SliceParts all;
-  all.first_row = grid_.ny;
-  all.end_row = 0;
-  for (const Sink* sink : sinks_) {
-    const SliceParts parts = sink->looks_at(k);
-    all.E |= parts.E;
-    all.F |= parts.F;
-    all.N |= parts.N;
-    all.flux |= parts.flux;
-    if (!parts.E && !parts.F && !parts.N) continue;
-    all.first_row = std::min(all.first_row, parts.first_row);
-    all.end_row = std::max(all.end_row, std::min(parts.end_row, grid_.ny));
-  }
+  SliceParts all = looked_at(sinks_, k, grid_);
   const std::string bytes =
       ranks::from_first(std::string(reinterpret_cast<const char*>(&all), sizeof all));
   std::memcpy(&all, bytes.data(), sizeof all);
@@ -106,7 +94,8 @@ void GatheringSink::take(int k, const Slice& window) {
   if (parts.F) gather(window.F, parts, F_);
   if (parts.N) gather(window.N, parts, N_);
   for (Sink* sink : sinks_)
-    sink->take(k, {E_.data(), F_.data(), N_.data(), window.stretch, parts.flux ? &flux : nullptr});
+    sink->take(k, {E_.data(), F_.data(), N_.data(), window.stretch,
+                   parts.flux ? std::optional(flux) : std::nullopt});
 }
 
 void GatheringSink::finish() {

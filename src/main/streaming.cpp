@@ -17,6 +17,10 @@ std::string obstacle(const Run& run) {
   return "";
 }
 
+bool has_masks(const Run& run) {
+  return run.description.so.edge > 0 || !run.stack->screens().empty();
+}
+
 }  // namespace
 
 bool device_can_step(const Options& options) {
@@ -32,10 +36,6 @@ std::string why_not_streamed(const Run& run) {
   if (!run.options.is_fast && !run.options.is_stream) return "";
   const std::string why = obstacle(run);
   return why.empty() ? "" : "; " + why;
-}
-
-bool has_masks(const Run& run) {
-  return run.description.so.edge > 0 || !run.stack->screens().empty();
 }
 
 bool needs_march(const Run& run) {

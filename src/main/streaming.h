@@ -16,7 +16,6 @@ bool can_be_streamed(const Run& run);
 std::string why_not_streamed(const Run& run);
 
 // Whether a screen or an edge changes the field between steps.
-bool has_masks(const Run& run);
 
 // Whether something is asked for that only the march does: another sum, a monitor, a mask, a
 // checkpoint.

@@ -59,7 +59,7 @@ EdgeMask::EdgeMask(const Grid& grid, const Window& window, double width, double 
 }
 
 void EdgeMask::apply(int k, cpx* E) {
-  if (k == 0) return;
+  if (!covers(k)) return;
   double taken = 0.0;
   for (const double factor_y : factor_y_)
     for (const double factor_x : factor_x_) {

@@ -33,6 +33,7 @@ class EdgeMask : public FieldMask {
   EdgeMask(const Grid& grid, const Window& window, double width, double wavelength);
 
   void apply(int k, cpx* E) override;
+  [[nodiscard]] bool covers(int k) const override { return k != 0; }
 
   // Power taken so far, the sum of |E|^2 dx dy before less that behind, over all slices and ranks.
   [[nodiscard]] double taken() const { return taken_; }

@@ -23,9 +23,18 @@ Health of_all_ranks(Health mine) {
 
 }  // namespace
 
+void HealthWatch::slice_done(int k, const Slice& slice) {
+  if (slice.health && !is_decided())
+    judge(k, *slice.health);
+  else
+    look_at(k, slice.E);
+}
+
 void HealthWatch::look_at(int k, const cpx* E) {
-  if (found_ != Health::kLight || first_ != Health::kLight) return;
-  const Health health = of_all_ranks(health_of(E, samples_));
+  if (!is_decided()) judge(k, of_all_ranks(health_of(E, samples_)));
+}
+
+void HealthWatch::judge(int k, Health health) {
   if (k == 0) first_ = health;
   found_ = k == 0 ? Health::kLight : health;
   where_ = k;

@@ -5,8 +5,6 @@
 
 #include "wpm/march.h"
 
-enum class Health { kLight, kDark, kNotFinite };
-
 // Of count samples from E on. A zero everywhere is dark; one sample that is not finite decides.
 Health health_of(const cpx* E, std::size_t count);
 
@@ -17,13 +15,18 @@ class HealthWatch : public SliceWatcher {
   explicit HealthWatch(const Grid& grid) : HealthWatch(grid.plane()) {}
   // Of slices of so many samples: where ranks have windows of a slice, all ranks watch together.
   explicit HealthWatch(std::size_t samples) : samples_(samples) {}
-  void slice_done(int k, const Slice& slice) override { look_at(k, slice.E); }
+  void slice_done(int k, const Slice& slice) override;
   void look_at(int k, const cpx* E);
 
   // "", or what a user should hear: "the field is zero from slice 12 on".
   [[nodiscard]] std::string verdict() const;
 
  private:
+  [[nodiscard]] bool is_decided() const {
+    return found_ != Health::kLight || first_ != Health::kLight;
+  }
+  void judge(int k, Health health);
+
   std::size_t samples_;
   Health first_ = Health::kLight;
   Health found_ = Health::kLight;

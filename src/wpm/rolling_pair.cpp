@@ -63,7 +63,7 @@ Slice RollingPair::at(int k) {
   Buffers& slice = slices_[place(k)];
   if (k == newest_ + 1) {
     newest_ = k;
-    darken(slice);
+    if (is_darkened_) darken(slice);
     paint(k);
   }
   return {slice.E.data(), slice.F.data(), index_[slice.index].data(), stack_.stretch(k)};

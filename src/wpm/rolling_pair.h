@@ -15,9 +15,13 @@ class RollingPair : public Slices {
 
   // Slices in order: k is the newest one or the next.
   Slice at(int k) override;
+  [[nodiscard]] bool are_kept() const override { return false; }
 
   // Continues a run at slice k, whose field is E, as E0.
   void go_on_at(int k, const cpx* E);
+
+  // From now on a slice begins with what another has left in E and F: for steps that replace it.
+  void leave_undarkened() { is_darkened_ = false; }
 
  private:
   struct Buffers {
@@ -36,4 +40,5 @@ class RollingPair : public Slices {
   Buffers slices_[2];          // slice k stands in slices_[k % 2]
   std::vector<cpx> index_[2];  // two of them: equal neighbours share one
   int newest_ = 0;
+  bool is_darkened_ = true;
 };

@@ -28,6 +28,7 @@ class ScreenMask : public FieldMask {
              const std::string& configuration);
 
   void apply(int k, cpx* E) override;
+  [[nodiscard]] bool covers(int k) const override { return factors_.count(k) != 0; }
 
  private:
   std::map<int, std::vector<cpx>> factors_;  // of the slices with screens, [ny][columns]

@@ -1,20 +1,13 @@
 // Where slices leave the run.
 #pragma once
 
-#include <climits>
+#include <span>
 #include <string>
 
 #include "wpm/slice.h"
 
 // Where a sink is, as bytes that only it reads.
 using Mark = std::string;
-
-// What is looked at of a slice: which arrays, and their rows first_row to end_row - 1.
-struct SliceParts {
-  bool E = false, F = false, N = false;
-  bool flux = false;  // the sum of F
-  int first_row = 0, end_row = INT_MAX;
-};
 
 // A cross-section, a profile, a field file, a table. Slices come in order, each once.
 class Sink {
@@ -30,3 +23,6 @@ class Sink {
   // Continues, in a new process, where mark() was called: what the file holds beyond is cut off.
   virtual void go_back_to(const Mark& mark) = 0;
 };
+
+// What sinks together look at of slice k: the smallest rectangle that holds the parts of all.
+SliceParts looked_at(std::span<Sink* const> sinks, int k, const Grid& grid);

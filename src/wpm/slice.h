@@ -1,7 +1,13 @@
 // What a run is made of: slices, and the interfaces of what walks over them.
 #pragma once
 
+#include <climits>
+#include <optional>
+
 #include "system/grid.h"
+
+// Whether a field is light still: neither zero everywhere nor infinite nor NaN somewhere.
+enum class Health { kLight, kDark, kNotFinite };
 
 // One slice of the run's arrays, [ny][nx] each.
 struct Slice {
@@ -9,7 +15,21 @@ struct Slice {
   double* F;
   const cpx* N;
   int stretch = -1;  // slices with the same number have the same N, to the bit; -1: not known
-  const double* flux = nullptr;  // the sum of F, where somebody has worked it out
+
+  // Where who made the slice knows them:
+  std::optional<double> flux{};  // the sum of F
+  std::optional<Health> health{};
+  // Whether its stepper has E, too, and nobody has changed it here.
+  bool is_as_made = false;
+};
+
+// What is looked at of a slice: which arrays, and the rows and columns of them.
+struct SliceParts {
+  bool E = false, F = false, N = false;
+  bool flux = false;  // the sum of F
+  int first_row = 0, end_row = INT_MAX;
+  int first_column = 0, end_column = INT_MAX;
+  bool health = false;
 };
 
 // Where slices live: a whole volume, or a rolling pair.
@@ -19,6 +39,8 @@ class Slices {
   // Slice k, its index painted. E and F of a slice that is asked for the first time are 0, those of
   // slice 0 the incident field. Valid until at(k + 2).
   virtual Slice at(int k) = 0;
+  // Whether all slices stay, to be looked at behind the run.
+  [[nodiscard]] virtual bool are_kept() const = 0;
 };
 
 // Makes a slice from the one before it. Made once for a run: it plans, owns its axes and stores.
@@ -27,6 +49,21 @@ class Stepper {
   virtual ~Stepper() = default;
   // Adds to to.E and to.F what from.E becomes across the step. from is left as it is.
   virtual void step(const Slice& from, const Slice& to) = 0;
+
+  // The same step in two parts, for who has other work meanwhile. Behind begin, from is not looked
+  // at any more; behind finish, those parts of to are made, and to tells what is known of it.
+  virtual void begin(const Slice& from, const Slice& to, const SliceParts& /*parts*/) {
+    step(from, to);
+  }
+  virtual void finish(Slice& /*to*/) {}
+  // Whether steps are made elsewhere, on a device: behind begin they go on by themselves, and what
+  // comes from there replaces what to has held.
+  [[nodiscard]] virtual bool is_elsewhere() const { return false; }
+  // Seconds that the last step went on between its parts.
+  [[nodiscard]] virtual double seconds_between() const { return 0.0; }
+  // All of E of a slice that finish left, this one or the one before, though a step is begun.
+  virtual void bring_field(const Slice& /*slice*/) {}
+
   // How the last step summed its plane waves, as a user reads it: "direct sum", "transforms".
   [[nodiscard]] virtual const char* sum_taken() const = 0;
 };
@@ -37,4 +74,6 @@ class FieldMask {
  public:
   virtual ~FieldMask() = default;
   virtual void apply(int k, cpx* E) = 0;
+  // Whether it does anything to slice k.
+  [[nodiscard]] virtual bool covers(int k) const = 0;
 };

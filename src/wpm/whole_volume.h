@@ -16,6 +16,7 @@ class WholeVolume : public Slices {
     const std::size_t begin = static_cast<std::size_t>(k) * plane_;
     return {E_ + begin, F_ + begin, N_ + begin, stack_ != nullptr ? stack_->stretch(k) : -1};
   }
+  [[nodiscard]] bool are_kept() const override { return true; }
 
  private:
   std::size_t plane_;

@@ -74,10 +74,26 @@ cudaError_t cudaFree(void* pointer);
 // places on the host lies in device memory.
 cudaError_t cudaMemcpy(void* target, const void* source, std::size_t bytes, cudaMemcpyKind kind);
 
+// height rows of width bytes, that far apart on either side, as one copy; 1 for rows that overlap.
+cudaError_t cudaMemcpy2D(void* target, std::size_t target_pitch, const void* source,
+                         std::size_t source_pitch, std::size_t width, std::size_t height,
+                         cudaMemcpyKind kind);
+
 // Every byte becomes value's lowest; 1 for what is not wholly inside one allocation.
 cudaError_t cudaMemset(void* target, int value, std::size_t bytes);
 
 cudaError_t cudaDeviceSynchronize();
+
+// Marks on the time of the default stream, the only one: a null one. 1 for a null event, or one
+// that nothing was recorded for.
+struct CUevent_st;
+typedef struct CUevent_st* cudaEvent_t;
+typedef struct CUstream_st* cudaStream_t;
+cudaError_t cudaEventCreate(cudaEvent_t* event);
+cudaError_t cudaEventDestroy(cudaEvent_t event);
+cudaError_t cudaEventRecord(cudaEvent_t event, cudaStream_t stream = nullptr);
+cudaError_t cudaEventSynchronize(cudaEvent_t event);
+cudaError_t cudaEventElapsedTime(float* milliseconds, cudaEvent_t begin, cudaEvent_t end);
 
 // The last error of any call, which it forgets: an illegal address before all others.
 cudaError_t cudaGetLastError();

@@ -37,6 +37,12 @@ TEST(CallsOfAStep, AsksForNothingButLaunchesAndTransforms) {
       EXPECT_EQ(count_of(call), 0) << static_cast<int>(call);
     EXPECT_EQ(stepper.failure(), nullptr);
     EXPECT_EQ(stepper.is_by_transforms(), row.transforms > 1);
+    // A look at the field, and its flux in two levels; what was found is one copy.
+    standin::count_anew();
+    stepper.step({true, true});
+    EXPECT_EQ(count_of(Call::kLaunch), row.launches + 3);
+    EXPECT_TRUE(stepper.findings().is_light);
+    EXPECT_EQ(count_of(Call::kCopy), 1);
   }
 }
 
@@ -69,7 +75,9 @@ TEST(CallsOfAStep, StopsAtTheFirstFailure) {
         SliceStepper stepper = host.stepper(options_of(is_fast));
         stepper.set_field(host.field.data());
         stepper.set_pairs(host.pairs());
-        stepper.step();
+        stepper.step({true, true});
+        static_cast<void>(stepper.findings());
+        static_cast<void>(stepper.step_seconds());
         std::vector<double2> E(kSamples);
         stepper.fetch(E.data(), nullptr);
         standin::fail_call(call, 0);

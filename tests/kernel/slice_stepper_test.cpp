@@ -1,4 +1,7 @@
 // The device's steps from slice to slice: what must make no difference to the result.
+#include <numeric>
+#include <utility>
+
 #include "kernel/kernel.h"
 #include "kernel/slice_host.h"
 
@@ -49,6 +52,35 @@ TEST_F(SliceStepperTest, TheWildGoByTheDirectSum) {
   expect_same(large, "a field that single precision has no numbers for");
   expect_same(gain, "a gain of e^108");
   expect_same(nothing, "an index of zero");
+}
+
+// What is told of a slice is of that slice, and not of one before it.
+TEST_F(SliceStepperTest, FindsWhatASliceIsLike) {
+  const Host host(3);
+  for (const bool is_fast : {false, true}) {
+    SliceStepper stepper = host.stepper(options_of(is_fast));
+    stepper.set_pairs(host.pairs());
+    const auto found_behind = [&](double value, int sample) {
+      std::vector<double2> field = host.field;
+      if (sample < 0) field.assign(kSamples, {0, 0});
+      if (sample >= 0) field[static_cast<std::size_t>(sample)].y = value;
+      stepper.set_field(field.data());
+      stepper.step({true, true});
+      const device::Findings found = stepper.findings();
+      std::vector<double> F(kSamples);
+      stepper.fetch(nullptr, F.data());
+      if (found.is_finite) {
+        const double sum = std::accumulate(F.begin(), F.end(), 0.0);
+        EXPECT_NEAR(found.flux, sum, 1e-13 * std::fabs(sum));
+      }
+      return std::pair(found.is_finite, found.is_light);
+    };
+    EXPECT_EQ(found_behind(0, -1), std::pair(true, false));
+    EXPECT_EQ(found_behind(1, 5), std::pair(true, true));
+    EXPECT_EQ(found_behind(std::nan(""), kSamples - 1).first, false);
+    EXPECT_EQ(found_behind(0, -1), std::pair(true, false));
+    EXPECT_GE(stepper.step_seconds(), 0.0);
+  }
 }
 
 TEST_F(SliceStepperTest, RefusesTheBlocksThatTheKernelOfVolumesCannotHave) {

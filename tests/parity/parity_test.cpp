@@ -19,7 +19,7 @@ constexpr int kBlock = 8;
 void run_on_device(Scene& scene, bool is_fast) {
   const bool is_TE = scene.pol != TM;
   if (is_fast) {
-    DeviceStepper stepper(scene.grid(), scene.options(), {true, is_TE, kBlock, true});
+    DeviceStepper stepper(scene.grid(), scene.options(), {true, is_TE, kBlock});
     WholeVolume slices(scene.grid(), scene.E.data(), scene.F.data(), scene.N.data());
     MarchTimes times;
     march(scene.grid(), slices, stepper, {}, {}, {}, kFromTheEntry, times);

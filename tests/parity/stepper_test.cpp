@@ -12,8 +12,9 @@ namespace {
 
 constexpr int kBlock = 8;
 
-// Every slice by the stepper, which is told which slices are alike, or not.
-Scene stepped(Scene scene, DeviceChoice choice, bool knows_stretches = false) {
+// Every slice by the stepper, which is told which slices are alike and that they stay as made, or
+// neither.
+Scene stepped(Scene scene, DeviceChoice choice, bool stays = false) {
   Grid grid;
   grid.nx = scene.nx, grid.ny = scene.ny, grid.nz = scene.nz;
   grid.dx = scene.dx, grid.dy = scene.dy, grid.dz = scene.dz;
@@ -22,15 +23,18 @@ Scene stepped(Scene scene, DeviceChoice choice, bool knows_stretches = false) {
   choice.is_TE = scene.pol != TM;
   choice.blockSize = kBlock;
   DeviceStepper stepper(grid, options, choice);
-  const auto slice = [&](int k, int stretch) {
+  const auto slice = [&](int k, int stretch, bool is_as_made) {
     const std::size_t begin = scene.index(k, 0, 0);
-    return Slice{&scene.E[begin], &scene.F[begin], &scene.N[begin], knows_stretches ? stretch : -1};
+    Slice of_scene = {&scene.E[begin], &scene.F[begin], &scene.N[begin], stays ? stretch : -1};
+    of_scene.is_as_made = is_as_made;
+    return of_scene;
   };
   int stretch = 0;
   for (int k = 0; k < scene.nz - 1; ++k) {
     const auto* here = &scene.N[scene.index(k, 0, 0)];
     const bool is_alike = std::equal(here, here + grid.plane(), here + grid.plane());
-    stepper.step(slice(k, stretch), slice(k + 1, is_alike ? stretch : stretch + 1));
+    stepper.step(slice(k, stretch, stays && k > 0),
+                 slice(k + 1, is_alike ? stretch : stretch + 1, false));
     if (!is_alike) ++stretch;
   }
   return scene;
@@ -54,8 +58,8 @@ class Steps : public DeviceTest, public testing::WithParamInterface<NamedScene> 
 // taken from the host for each step or stays where it was made.
 TEST_P(Steps, DirectHasTheBitsOfTheVolume) {
   const Scene volume = by_volume(GetParam().make());
-  for (const bool field_stays : {false, true}) {
-    const Scene steps = stepped(GetParam().make(), {.field_stays = field_stays}, field_stays);
+  for (const bool stays : {false, true}) {
+    const Scene steps = stepped(GetParam().make(), {}, stays);
     EXPECT_EQ(steps.E, volume.E);
     EXPECT_EQ(steps.F, volume.F);
   }
@@ -69,7 +73,7 @@ TEST_P(Steps, FastIsTheSameSum) {
     EXPECT_LE(difference(direct, fast, k).field, 1e-13) << k;
     EXPECT_LE(difference(direct, fast, k).flux, 1e-13) << k;
   }
-  const Scene informed = stepped(GetParam().make(), {.is_fast = true, .field_stays = true}, true);
+  const Scene informed = stepped(GetParam().make(), {.is_fast = true}, true);
   EXPECT_EQ(informed.E, fast.E);
   EXPECT_EQ(informed.F, fast.F);
 }
@@ -80,26 +84,48 @@ std::string name_of(const testing::TestParamInfo<NamedScene>& named) {
 
 INSTANTIATE_TEST_SUITE_P(Every, Steps, testing::ValuesIn(scene_table()), name_of);
 
-// What a mask does to the field between two steps counts, unless it was said that nothing does.
-TEST_F(DeviceTest, TheHostsFieldIsSteppedFrom) {
-  Scene scene(8, 8, 3, 0.25, 0.2, 0.15, 1.0);
-  Grid grid;
-  grid.nx = grid.ny = 8, grid.nz = 3, grid.dx = 0.25, grid.dy = 0.2, grid.dz = 0.15;
-  for (const bool field_stays : {false, true}) {
-    DeviceStepper stepper(grid, {scene.k0, scene.dz, true, false, TE},
-                          {.is_fast = true, .field_stays = field_stays});
+// A slice of the device: what is brought of it, what is told of it, and which field is stepped
+// from.
+TEST_F(DeviceTest, BringsTheWantedPartsAndTellsOfTheSlice) {
+  Scene whole = scene_named("wide_guide");
+  const Grid grid = whole.grid();
+  const Scene at_first = whole;
+  for (const bool is_fast : {false, true}) {
+    SCOPED_TRACE(is_fast);
+    whole = stepped(at_first, {.is_fast = is_fast});
+    Scene scene = at_first;
+    DeviceStepper stepper(grid, scene.options(), {.is_fast = is_fast, .blockSize = kBlock});
     const auto slice = [&](int k) {
       const std::size_t begin = scene.index(k, 0, 0);
       return Slice{&scene.E[begin], &scene.F[begin], &scene.N[begin]};
     };
-    stepper.step(slice(0), slice(1));
-    EXPECT_STREQ(stepper.sum_taken(), "transforms");
-    for (int s = 0; s < 64; ++s) scene.E[scene.index(1, 0, s)] *= 0.5;
-    stepper.step(slice(1), slice(2));
-    EXPECT_NEAR(std::abs(scene.at(2, 3, 3)), field_stays ? 1.0 : 0.5, 1e-13);
+    SliceParts parts = {.E = true, .F = true, .flux = true, .first_row = 2, .end_row = 5};
+    parts.first_column = 3, parts.end_column = 4;
+    parts.health = true;
+    Slice made = slice(1);
+    stepper.begin(slice(0), made, parts);
+    stepper.finish(made);
+    double flux = 0;
+    for (int j = 0; j < grid.ny; ++j)
+      for (int i = 0; i < grid.nx; ++i) {
+        const bool is_inside = i == 3 && j >= 2 && j < 5;
+        EXPECT_EQ(scene.at(1, j, i), is_inside ? whole.at(1, j, i) : 0.0) << j << ' ' << i;
+        flux += whole.F[whole.index(1, j, i)];
+      }
+    EXPECT_EQ(made.flux.has_value(), is_fast) << "the direct sum's is added up by the host";
+    EXPECT_NEAR(made.flux.value_or(flux) / flux, 1.0, 1e-14);
+    EXPECT_EQ(scene.F[scene.index(1, 9, 9)], is_fast ? 0.0 : whole.F[whole.index(1, 9, 9)]);
+    EXPECT_EQ(made.health, Health::kLight);
+
+    // The next step begun, the slice behind it is still to be had.
+    Slice next = slice(2);
+    stepper.begin(made, next, {.E = true, .health = true});
+    stepper.bring_field(made);
+    for (int s = 0; s < grid.nx * grid.ny; ++s) EXPECT_EQ(scene.at(1, 0, s), whole.at(1, 0, s));
+    stepper.finish(next);
+    for (int s = 0; s < grid.nx * grid.ny; ++s) EXPECT_EQ(scene.at(2, 0, s), whole.at(2, 0, s));
   }
 }
-
 // An axis without a spacing, x or y alone, is no transform's: neither the host's nor the device's.
 TEST(Stepper, LeavesAxesWithoutSpacingToTheDirectSum) {
   for (const bool is_y : {false, true}) {

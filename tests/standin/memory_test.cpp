@@ -56,6 +56,24 @@ TEST(StandinMemory, ChecksBothSidesOfACopy) {
   EXPECT_EQ(cudaGetLastError(), cudaErrorInvalidValue);
 }
 
+TEST(StandinMemory, CopiesARectangleAndNothingAroundIt) {
+  const Buffer buffer(std::vector<double>{1, 2, 3, 4, 5, 6});  // two rows of three
+  double host[6] = {};
+  const auto copy = [&](std::size_t columns, std::size_t rows) {
+    return cudaMemcpy2D(host + 2, 16, buffer + 1, 24, 8 * columns, rows, cudaMemcpyDeviceToHost);
+  };
+  EXPECT_EQ(copy(1, 2), cudaSuccess);
+  EXPECT_EQ(std::vector<double>(host, host + 6), (std::vector<double>{0, 0, 2, 0, 5, 0}));
+  EXPECT_EQ(copy(1, 3), cudaErrorInvalidValue) << "more rows than there are";
+  EXPECT_EQ(copy(3, 1), cudaErrorInvalidValue) << "wider than the host's rows are apart";
+  cudaEvent_t event = nullptr;
+  float ms = 0;
+  EXPECT_EQ(cudaEventCreate(&event), cudaSuccess);
+  EXPECT_EQ(cudaEventElapsedTime(&ms, event, event), cudaErrorInvalidValue) << "never recorded";
+  EXPECT_EQ(cudaEventDestroy(event), cudaSuccess);
+  cudaGetLastError();
+}
+
 TEST(StandinMemory, IsClearedAsFarAsItGoes) {
   const Buffer buffer(std::vector<double>{1, 2, 3});
   EXPECT_EQ(cudaMemset(buffer + 1, 0, 8), cudaSuccess);
