@@ -27,7 +27,7 @@ bool SectionStream::shows(int k) const {
 
 SliceParts SectionStream::looks_at() const {
   SliceParts parts;
-  if (is_across_z_ || runs_on_) return parts;
+  if (is_across_z_) return parts;
   if (step_ == 1) {
     parts.first_row = static_cast<int>(begin_ / side_);
     parts.end_row = parts.first_row + 1;

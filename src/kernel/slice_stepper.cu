@@ -176,7 +176,7 @@ void SliceStepper::Inside::step(const Survey& survey) {
     sum_directly(next);
   }
   current = 1 - current;
-  reporter.look_over(survey, E[current].data(), F.data(), step_number);
+  reporter.look_over(survey, next, F.data(), step_number);
   if (status.is_good()) status.take(cudaEventRecord(done, nullptr), kTiming);
 }
 
@@ -238,6 +238,10 @@ void SliceStepper::set_field(const double2* E) {
 
 void SliceStepper::set_pairs(const StepPairs& pairs) {
   if (inside_->status.is_good()) inside_->set_pairs(pairs);
+}
+
+void SliceStepper::set_edge(const double* of_columns, const double* of_rows) {
+  inside_->reporter.set_edge(of_columns, of_rows);
 }
 
 void SliceStepper::step(const Survey& survey) {

@@ -54,14 +54,16 @@ struct Failure {
   std::string text;
 };
 
-// What is worked out of a slice on the device.
+// What is done to a slice that is made.
 struct Survey {
-  bool flux = false;    // the sum of F
-  bool health = false;  // whether E is finite, and light anywhere
+  bool flux = false;      // the sum of F
+  bool health = false;    // whether E is finite, and light anywhere
+  bool has_edge = false;  // E is multiplied by the factors of the edge
 };
 
 struct Findings {
   double flux = 0;
+  double taken = 0;  // by the edge: the sum of |E|^2 before it less that behind
   bool is_finite = true, is_light = true;
 };
 
@@ -86,6 +88,8 @@ class SliceStepper {
   // The pairs of the steps to come. What depends on them alone is worked out here; what is the same
   // as before is not.
   void set_pairs(const StepPairs& pairs);
+  // What the edge multiplies E by, a factor for each column, [nx], and for each row, [ny].
+  void set_edge(const double* of_columns, const double* of_rows);
   // Makes the next slice and surveys it; it is the one to step from then.
   void step(const Survey& survey = {});
 

@@ -53,18 +53,28 @@ DeviceStepper::DeviceStepper(const Grid& grid, const StepOptions& options,
 
 void DeviceStepper::step(const Slice& from, const Slice& to) {
   Slice made = to;
-  begin(from, to, {.E = true, .F = true});
+  begin(from, to, {{.E = true, .F = true}});
   finish(made);
 }
 
-void DeviceStepper::begin(const Slice& from, const Slice& to, const SliceParts& parts) {
+bool DeviceStepper::adopt(FieldMask& mask) {
+  auto* edge = dynamic_cast<EdgeMask*>(&mask);
+  if (edge == nullptr || !stepper_) return false;
+  edge_ = edge;
+  stepper_->set_edge(edge->factor_x().data(), edge->factor_y().data());
+  require_success();
+  return true;
+}
+
+void DeviceStepper::begin(const Slice& from, const Slice& to, const StepOrder& order) {
   if (!stepper_) return;
   if (!from.is_as_made) stepper_->set_field(on_device(from.E));
   set_pairs(from, to);
   made_ = to.E;
-  parts_ = parts;
+  parts_ = order.parts;
   // The direct sum has the bits of whole volumes, whose flux the host adds up in its own order.
-  survey_ = {parts.flux && stepper_->is_by_transforms(), parts.health};
+  survey_ = {parts_.flux && stepper_->is_by_transforms(), parts_.health,
+             order.is_masked && edge_ != nullptr};
   began_ = std::chrono::steady_clock::now();
   stepper_->step(survey_);
   require_success();
@@ -80,7 +90,7 @@ void DeviceStepper::finish(Slice& to) {
   stepper_->fetch(parts_.E ? on_device(to.E) : nullptr,
                   parts_.F && !is_all_F_wanted ? to.F : nullptr, part);
   if (is_all_F_wanted) stepper_->fetch(nullptr, to.F);
-  if (survey_.flux || survey_.health) tell(stepper_->findings(), to);
+  if (survey_.flux || survey_.health || survey_.has_edge) tell(stepper_->findings(), to);
   const std::chrono::duration<double> seconds(stepper_->step_seconds());
   require_success();
   to.is_as_made = true;
@@ -91,6 +101,7 @@ void DeviceStepper::finish(Slice& to) {
 
 void DeviceStepper::tell(const device::Findings& found, Slice& slice) const {
   if (survey_.flux) slice.flux = found.flux;
+  if (survey_.has_edge) edge_->add_taken(found.taken);
   if (survey_.health)
     slice.health = !found.is_finite ? Health::kNotFinite
                    : found.is_light ? Health::kLight

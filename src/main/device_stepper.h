@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "kernel/kernel.h"
+#include "wpm/edge.h"
 #include "wpm/index_pairs.h"
 #include "wpm/slice.h"
 
@@ -29,8 +30,10 @@ class DeviceStepper : public Stepper {
 
   // to is a fresh slice: what its E and F hold is replaced. All of it comes to the host.
   void step(const Slice& from, const Slice& to) override;
+  // The absorbing edge.
+  bool adopt(FieldMask& mask) override;
   // A step of which no part is wanted need not be finished, and does not wait for the device.
-  void begin(const Slice& from, const Slice& to, const SliceParts& parts) override;
+  void begin(const Slice& from, const Slice& to, const StepOrder& order) override;
   void finish(Slice& to) override;
   [[nodiscard]] bool is_elsewhere() const override { return true; }
   [[nodiscard]] double seconds_between() const override { return seconds_between_; }
@@ -49,6 +52,7 @@ class DeviceStepper : public Stepper {
   const cpx* made_ = nullptr;                    // E of the slice that it has made, or is making
   SliceParts parts_;                             // wanted of it
   device::Survey survey_;
+  EdgeMask* edge_ = nullptr;
   Time began_, begun_;  // when it was launched, and begin returned
   double seconds_between_ = 0;
   int stretch_from_ = -1, stretch_to_ = -1;

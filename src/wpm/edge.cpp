@@ -70,5 +70,5 @@ void EdgeMask::apply(int k, cpx* E) {
       }
       ++E;
     }
-  taken_ += ranks::sum(taken) * area_;
+  add_taken(ranks::sum(taken));
 }

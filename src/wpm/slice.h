@@ -32,6 +32,22 @@ struct SliceParts {
   bool health = false;
 };
 
+// What is asked of a step, beside the slice.
+struct StepOrder {
+  SliceParts parts;        // what the run will look at of it
+  bool is_masked = false;  // whether masks that the stepper has adopted are laid over it
+};
+
+// Multiplies the field of a slice by something: an edge that absorbs, a screen. Applied to every
+// slice before the sinks take it and before it is stepped from.
+class FieldMask {
+ public:
+  virtual ~FieldMask() = default;
+  virtual void apply(int k, cpx* E) = 0;
+  // Whether it does anything to slice k.
+  [[nodiscard]] virtual bool covers(int k) const = 0;
+};
+
 // Where slices live: a whole volume, or a rolling pair.
 class Slices {
  public:
@@ -50,9 +66,13 @@ class Stepper {
   // Adds to to.E and to.F what from.E becomes across the step. from is left as it is.
   virtual void step(const Slice& from, const Slice& to) = 0;
 
+  // Whether the stepper lays the mask, one that covers every slice behind a step, over its slices
+  // itself, in the steps that are to be masked.
+  virtual bool adopt(FieldMask& /*mask*/) { return false; }
+
   // The same step in two parts, for who has other work meanwhile. Behind begin, from is not looked
   // at any more; behind finish, those parts of to are made, and to tells what is known of it.
-  virtual void begin(const Slice& from, const Slice& to, const SliceParts& /*parts*/) {
+  virtual void begin(const Slice& from, const Slice& to, const StepOrder& /*order*/) {
     step(from, to);
   }
   virtual void finish(Slice& /*to*/) {}
@@ -66,14 +86,4 @@ class Stepper {
 
   // How the last step summed its plane waves, as a user reads it: "direct sum", "transforms".
   [[nodiscard]] virtual const char* sum_taken() const = 0;
-};
-
-// Multiplies the field of a slice by something: an edge that absorbs, a screen. Applied to every
-// slice before the sinks take it and before it is stepped from.
-class FieldMask {
- public:
-  virtual ~FieldMask() = default;
-  virtual void apply(int k, cpx* E) = 0;
-  // Whether it does anything to slice k.
-  [[nodiscard]] virtual bool covers(int k) const = 0;
 };

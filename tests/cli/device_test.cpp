@@ -229,4 +229,17 @@ TEST_F(DeviceRun, FullDeviceIsReported) {
 }
 #endif
 
+// A field that is lost is lost on a slice of which one line is brought.
+TEST_F(DeviceRun, SaysWhatBecameOfTheField) {
+  for (const auto& [k, said] : {std::pair{"-1e300", "is not finite from slice "},
+                                std::pair{"30", "is zero from slice "}, std::pair{"0", ""}}) {
+    directory.write("a.cfg", configuration("", std::string("n = 1\nk = ") + k));
+    log_of({"-g", "--fast", "-x", "1", "-l", "3"});
+    const std::string on_device = errors;
+    log_of({"-p", "--fast", "-x", "1", "-l", "3"});
+    EXPECT_EQ(on_device, errors);
+    EXPECT_NE(errors.find(said), std::string::npos) << errors;
+  }
+}
+
 }  // namespace

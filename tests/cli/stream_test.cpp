@@ -73,7 +73,7 @@ TEST(Stream, OfTheDirectSumIsTheReferenceToTheByte) {
 }
 
 TEST(Stream, OnTheDeviceIsTheDevicesOwnToTheByte) {
-  for (const char* planes : {"-l -1", "-x 1 -l 3", "-x 2 -l 7"}) {
+  for (const char* planes : {"-l -1", "-x 1 -l 3", "-x 2 -l 7", "-x 2 -l 40"}) {
     SCOPED_TRACE(planes);
     const Files whole(scene(), std::string("-g -p ") + planes);
     const Files stream(scene(), std::string("--stream -g -p ") + planes);

@@ -7,6 +7,8 @@
 #include "kernel/device_test.h"
 #include "main/device_stepper.h"
 #include "support/scene.h"
+#include "wpm/march.h"
+#include "wpm/whole_volume.h"
 
 namespace {
 
@@ -103,7 +105,7 @@ TEST_F(DeviceTest, BringsTheWantedPartsAndTellsOfTheSlice) {
     parts.first_column = 3, parts.end_column = 4;
     parts.health = true;
     Slice made = slice(1);
-    stepper.begin(slice(0), made, parts);
+    stepper.begin(slice(0), made, {parts});
     stepper.finish(made);
     double flux = 0;
     for (int j = 0; j < grid.ny; ++j)
@@ -119,13 +121,40 @@ TEST_F(DeviceTest, BringsTheWantedPartsAndTellsOfTheSlice) {
 
     // The next step begun, the slice behind it is still to be had.
     Slice next = slice(2);
-    stepper.begin(made, next, {.E = true, .health = true});
+    stepper.begin(made, next, {{.E = true, .health = true}});
     stepper.bring_field(made);
     for (int s = 0; s < grid.nx * grid.ny; ++s) EXPECT_EQ(scene.at(1, 0, s), whole.at(1, 0, s));
     stepper.finish(next);
     for (int s = 0; s < grid.nx * grid.ny; ++s) EXPECT_EQ(scene.at(2, 0, s), whole.at(2, 0, s));
   }
 }
+// The edge on the device takes what it takes on the host.
+TEST_F(DeviceTest, LaysTheEdge) {
+  const auto marched = [](Scene& scene, Stepper& stepper) {
+    const Grid grid = scene.grid();
+    EdgeMask edge(grid, 2.4 * std::max(grid.dx, grid.dy), 6 * grid.dx);
+    FieldMask* masks[] = {&edge};
+    WholeVolume slices(grid, scene.E.data(), scene.F.data(), scene.N.data());
+    MarchTimes times;
+    march(grid, slices, stepper, masks, {}, {}, kFromTheEntry, times);
+    return edge.taken();
+  };
+  Scene on_host = scene_named("odd_guide");
+  const auto host = make_fast_stepper(on_host.grid(), on_host.options());
+  const double taken = marched(on_host, *host);
+  EXPECT_GT(taken, 0.0);
+  for (const bool is_fast : {false, true}) {
+    Scene on_device = scene_named("odd_guide");
+    DeviceStepper stepper(on_device.grid(), on_device.options(),
+                          {.is_fast = is_fast, .blockSize = kBlock});
+    EXPECT_NEAR(marched(on_device, stepper) / taken, 1.0, 1e-9) << is_fast;
+    for (int k = 0; k < on_host.nz; ++k) {
+      EXPECT_LE(difference(on_host, on_device, k).field, 1e-9) << k;
+      EXPECT_LE(difference(on_host, on_device, k).flux, 1e-9) << k;
+    }
+  }
+}
+
 // An axis without a spacing, x or y alone, is no transform's: neither the host's nor the device's.
 TEST(Stepper, LeavesAxesWithoutSpacingToTheDirectSum) {
   for (const bool is_y : {false, true}) {

@@ -48,23 +48,56 @@ class TwoSlices : public Slices {
   Room rooms_[2];
 };
 
+// Doubles slice 3, or makes it dark.
+class Screen : public FieldMask {
+ public:
+  explicit Screen(double factor) : factor_(factor) {}
+  void apply(int /*k*/, cpx* E) override {
+    for (int s = 0; s < kSamples; ++s) E[s] *= factor_;
+  }
+  [[nodiscard]] bool covers(int k) const override { return k == 3; }
+
+ private:
+  double factor_;
+};
+
+// Halves what is left, behind every step.
+class Halving : public FieldMask {
+ public:
+  explicit Halving(Events& events) : events_(events) {}
+  void apply(int k, cpx* E) override {
+    events_.push_back("halve " + std::to_string(k));
+    for (int s = 0; s < kSamples; ++s) E[s] *= 0.5;
+  }
+  [[nodiscard]] bool covers(int k) const override { return k > 0; }
+
+ private:
+  Events& events_;
+};
+
 // Multiplies by the index behind the step. Elsewhere, it keeps the field to itself and brings it,
 // or not, at the end.
 class Times : public Stepper {
  public:
   Times(Events& events, bool is_elsewhere) : events_(events), is_elsewhere_(is_elsewhere) {}
+  bool adopt(FieldMask& mask) override {
+    const bool is_edge = is_elsewhere_ && dynamic_cast<Halving*>(&mask) != nullptr;
+    has_edge_ = has_edge_ || is_edge;
+    return is_edge;
+  }
   void step(const Slice& from, const Slice& to) override {
     events_.emplace_back("step");
     for (int s = 0; s < kSamples; ++s) to.E[s] = from.E[s] * to.N[s], to.F[s] = 5;
   }
-  void begin(const Slice& from, const Slice& to, const SliceParts& parts) override {
-    if (!is_elsewhere_) return Stepper::begin(from, to, parts);
+  void begin(const Slice& from, const Slice& to, const StepOrder& order) override {
+    if (!is_elsewhere_) return Stepper::begin(from, to, order);
     events_.emplace_back(from.is_as_made ? "begin" : "begin from the host");
-    parts_ = parts;
+    parts_ = order.parts;
     last_ = here_;
     if (!from.is_as_made) last_ = from.E[1];
     here_ = last_ * to.N[1];
     made_ = to.E;
+    if (order.is_masked && has_edge_) here_ *= 0.5;
   }
   void finish(Slice& to) override {
     if (!is_elsewhere_) return;
@@ -87,6 +120,7 @@ class Times : public Stepper {
  private:
   Events& events_;
   bool is_elsewhere_;
+  bool has_edge_ = false;
   SliceParts parts_;
   cpx here_, last_;
   const cpx* made_ = nullptr;
@@ -118,15 +152,6 @@ class Second : public Sink {
   Events& events_;
 };
 
-// Doubles slice 3.
-class Doubling : public FieldMask {
- public:
-  void apply(int /*k*/, cpx* E) override {
-    for (int s = 0; s < kSamples; ++s) E[s] *= 2.0;
-  }
-  [[nodiscard]] bool covers(int k) const override { return k == 3; }
-};
-
 // Wants the whole field of slices 2 and 4.
 class Keeper : public SliceWatcher {
  public:
@@ -140,69 +165,119 @@ class Keeper : public SliceWatcher {
 struct Outcome {
   Events events;
   std::vector<double> taken, kept;
+  std::string verdict;
   MarchTimes times;
 };
 
-Outcome marched(int nz, bool is_elsewhere, bool are_kept = false, int behind = kFromTheEntry) {
+struct Settings {
+  int nz = 5;
+  bool is_elsewhere = false;
+  bool are_kept = false;
+  int behind = kFromTheEntry;
+  double screen = 2.0;
+};
+
+Outcome marched(const Settings& settings) {
   Outcome outcome;
-  TwoSlices slices(outcome.events, are_kept);
-  slices.begin_at(std::max(behind, 0));
-  Times stepper(outcome.events, is_elsewhere);
+  TwoSlices slices(outcome.events, settings.are_kept);
+  slices.begin_at(std::max(settings.behind, 0));
+  Times stepper(outcome.events, settings.is_elsewhere);
   Second sink(outcome.events);
-  Doubling doubling;
+  Screen screen(settings.screen);
+  Halving halving(outcome.events);
   Keeper keeper;
-  FieldMask* masks[] = {&doubling};
+  HealthWatch health(kSamples);
+  FieldMask* masks[] = {&screen, &halving};
   Sink* sinks[] = {&sink};
-  SliceWatcher* watchers[] = {&keeper};
-  march(grid_of(nz), slices, stepper, masks, sinks, watchers, behind, outcome.times);
+  SliceWatcher* watchers[] = {&keeper, &health};
+  march(grid_of(settings.nz), slices, stepper, masks, sinks, watchers, settings.behind,
+        outcome.times);
   outcome.taken = sink.seen;
   outcome.kept = keeper.seen;
+  outcome.verdict = health.verdict();
   return outcome;
 }
 
-// 1, 2, 6, then 24 doubled, 240: slice k is painted with index k + 1.
+// Slice k is painted with index k + 1, and halved: 1, 1, 1.5, 3 doubled, 15.
 TEST(March, GivesTheSameSlicesWhereverStepsAreMade) {
-  const std::vector<double> taken = {0, 0, 2, 10, 0, 10, 48, 10, 0, 10};
-  const std::vector<double> kept = {6, 6, 240, 240};
-  for (const bool is_elsewhere : {false, true})
-    for (const bool are_kept : {false, true}) {
-      const Outcome outcome = marched(5, is_elsewhere, are_kept);
-      EXPECT_EQ(outcome.taken, taken) << is_elsewhere << are_kept;
-      EXPECT_EQ(outcome.kept, kept) << is_elsewhere << are_kept;
-    }
-  // Behind slice 2, of which the field is 1 here.
   for (const bool is_elsewhere : {false, true}) {
-    const Outcome outcome = marched(5, is_elsewhere, false, 2);
-    EXPECT_EQ(outcome.taken, (std::vector<double>{8, 10, 0, 10})) << is_elsewhere;
-    EXPECT_EQ(outcome.kept, (std::vector<double>{40, 40})) << is_elsewhere;
+    for (const bool are_kept : {false, true}) {
+      const Outcome outcome = marched({.is_elsewhere = is_elsewhere, .are_kept = are_kept});
+      EXPECT_EQ(outcome.taken, (std::vector<double>{0, 0, 1, 10, 0, 10, 6, 10, 0, 10}));
+      EXPECT_EQ(outcome.kept, (std::vector<double>{1.5, 1.5, 15, 15}));
+      EXPECT_EQ(outcome.verdict, "");
+    }
+    // Behind slice 2, of which the field is 1 here.
+    const Outcome rest = marched({.is_elsewhere = is_elsewhere, .behind = 2});
+    EXPECT_EQ(rest.taken, (std::vector<double>{4, 10, 0, 10}));
+    EXPECT_EQ(rest.kept, (std::vector<double>{10, 10}));
+    for (const int nz : {0, 1})
+      EXPECT_EQ(marched({.nz = nz, .is_elsewhere = is_elsewhere}).taken.size(),
+                2U * static_cast<unsigned>(nz));
+    // What a stepper says of a slice is no longer true when a mask has been over it.
+    const Outcome dark = marched({.is_elsewhere = is_elsewhere, .screen = 0.0});
+    EXPECT_TRUE(dark.verdict.starts_with("the field is zero from slice 3 on")) << dark.verdict;
   }
-  for (const int nz : {0, 1})
-    EXPECT_EQ(marched(nz, true).taken.size(), 2U * static_cast<unsigned>(nz)) << nz;
 }
 
 // A step of the host is handed over as soon as it is made, so that a stopped run loses none. While
-// one goes on elsewhere, the slice behind it is handed over and the one ahead is painted; what a
-// mask has changed goes back.
+// one goes on elsewhere, the slice behind it is handed over and the one ahead is painted. A mask
+// that is laid here has all masks of its slice laid here, and the field goes back.
 TEST(March, WorksWhileAStepGoesOnElsewhere) {
-  EXPECT_EQ(marched(3, false).events, (Events{"paint 0", "take 0", "paint 1", "step", "take 1",
-                                              "paint 2", "step", "take 2", "close"}));
-  const Outcome elsewhere = marched(5, true);
-  EXPECT_EQ(elsewhere.events,
-            (Events{"paint 0", "paint 1", "begin from the host", "take 0", "paint 2", "finish",
-                    "begin", "take 1", "paint 3", "finish", "begin", "take 2", "paint 4", "finish",
-                    "begin from the host", "take 3", "finish", "take 4", "close"}));
+  EXPECT_EQ(marched({.nz = 3}).events,
+            (Events{"paint 0", "take 0", "paint 1", "step", "halve 1", "take 1", "paint 2", "step",
+                    "halve 2", "take 2", "close"}));
+  const Outcome elsewhere = marched({.is_elsewhere = true});
+  EXPECT_EQ(elsewhere.events, (Events{"paint 0",
+                                      "paint 1",
+                                      "begin from the host",
+                                      "take 0",
+                                      "paint 2",
+                                      "finish",
+                                      "begin",
+                                      "take 1",
+                                      "paint 3",
+                                      "finish",
+                                      "begin",
+                                      "take 2",
+                                      "paint 4",
+                                      "finish",
+                                      "halve 3",
+                                      "begin from the host",
+                                      "take 3",
+                                      "finish",
+                                      "take 4",
+                                      "close"}));
   EXPECT_NEAR(elsewhere.times.steps, 4000, 1);
 }
 
-// What a stepper says of a slice is believed, unless a mask has been over it.
-TEST(March, WatchesTheHealthThatIsToldOrSeen) {
-  HealthWatch watch(kSamples);
-  std::vector<cpx> E(kSamples, 1.0);
-  Slice slice = {E.data(), nullptr, nullptr};
-  watch.slice_done(0, slice);
-  slice.health = Health::kDark;
-  watch.slice_done(1, slice);
-  EXPECT_TRUE(watch.verdict().starts_with("the field is zero from slice 1 on")) << watch.verdict();
+// A sink of nothing but what it looks at.
+class Looking : public Sink {
+ public:
+  explicit Looking(const SliceParts& parts) : parts_(parts) {}
+  void take(int /*k*/, const Slice& /*slice*/) override {}
+  [[nodiscard]] SliceParts looks_at(int k) const override { return k == 1 ? parts_ : SliceParts{}; }
+  Mark mark() override { return {}; }
+  void go_back_to(const Mark& /*mark*/) override {}
+
+ private:
+  SliceParts parts_;
+};
+
+TEST(Sinks, TogetherLookAtTheRectangleThatHoldsAll) {
+  Grid grid;
+  grid.nx = 9, grid.ny = 7;
+  Looking some({.E = true, .first_row = 3, .end_row = 5, .first_column = 1, .end_column = 4});
+  Looking others({.N = true, .flux = true, .first_row = 2, .end_row = 3, .first_column = 6});
+  Looking sum({.flux = true});
+  for (const auto& sinks : {std::vector<Sink*>{&some, &others, &sum}, {&sum, &others, &some}}) {
+    const SliceParts all = looked_at(sinks, 1, grid);
+    EXPECT_TRUE(all.E && !all.F && all.N && all.flux);
+    EXPECT_EQ((std::array{all.first_row, all.end_row, all.first_column, all.end_column}),
+              (std::array{2, 5, 1, 9}));
+    const SliceParts nothing = looked_at(sinks, 2, grid);
+    EXPECT_FALSE(nothing.E || nothing.F || nothing.N || nothing.flux);
+  }
 }
 
 }  // namespace
