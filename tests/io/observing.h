@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+#include <numeric>
 #include <sstream>
 
 #include "io/io.h"
@@ -42,8 +44,31 @@ inline std::unique_ptr<Sink> monitor_of(const Scene& scene, const Monitor& monit
   return std::move(make_monitors({monitor}, grid_of(scene), context_of(scene)).at(0));
 }
 
+// The sink gets what it says that it looks at; all else is not a number.
+inline void show(Sink& sink, int k, const Slice& whole, int nx, int ny) {
+  constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+  const auto plane = static_cast<std::size_t>(nx) * static_cast<std::size_t>(ny);
+  std::vector<cpx> E(plane, {kNan, kNan}), N = E;
+  std::vector<double> F(plane, kNan);
+  const SliceParts parts = sink.looks_at(k);
+  for (int j = parts.first_row; j < std::min(parts.end_row, ny); ++j)
+    for (int i = parts.first_column; i < std::min(parts.end_column, nx); ++i) {
+      const auto s = static_cast<std::size_t>(j * nx + i);
+      if (parts.E) E[s] = whole.E[s];
+      if (parts.F) F[s] = whole.F[s];
+      if (parts.N) N[s] = whole.N[s];
+    }
+  Slice shown = {E.data(), F.data(), N.data()};
+  if (parts.flux) shown.flux = std::accumulate(whole.F, whole.F + plane, 0.0);
+  sink.take(k, shown);
+}
+
+inline void show(Sink& sink, Scene& scene, int k) {
+  show(sink, k, slice_of(scene, k), scene.nx, scene.ny);
+}
+
 inline void observe(Sink& sink, Scene& scene, int first = 0) {
-  for (int k = first; k < scene.nz; ++k) sink.take(k, slice_of(scene, k));
+  for (int k = first; k < scene.nz; ++k) show(sink, scene, k);
   sink.finish();
 }
 
@@ -82,9 +107,9 @@ inline void expect_going_on(Scene& scene, Monitor m, const TempDir& directory) {
   m.file = directory.path("again").string();
   for (int stop = 0; stop < scene.nz; ++stop) {
     const auto first = monitor_of(scene, m), second = monitor_of(scene, m);
-    for (int k = 0; k <= stop; ++k) first->take(k, slice_of(scene, k));
+    for (int k = 0; k <= stop; ++k) show(*first, scene, k);
     const Mark mark = first->mark();
-    if (stop + 1 < scene.nz) first->take(stop + 1, slice_of(scene, stop + 1));
+    if (stop + 1 < scene.nz) show(*first, scene, stop + 1);
     second->go_back_to(mark);
     observe(*second, scene, stop + 1);
     EXPECT_EQ(directory.read("again"), directory.read("whole")) << "stopped behind slice " << stop;

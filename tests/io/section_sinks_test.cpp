@@ -3,8 +3,7 @@
 
 #include <cmath>
 
-#include "io/io.h"
-#include "support/process.h"
+#include "io/observing.h"
 
 namespace {
 
@@ -31,7 +30,8 @@ struct Volume {
 
 // All of the run, or the part behind `first`, through a sink.
 void march_through(Sink& sink, Volume& volume, int first = 0) {
-  for (int k = first; k < volume.grid.nz; ++k) sink.take(k, volume.slice(k));
+  for (int k = first; k < volume.grid.nz; ++k)
+    show(sink, k, volume.slice(k), volume.grid.nx, volume.grid.ny);
   sink.finish();
 }
 
@@ -101,7 +101,7 @@ TEST(Sections, GoOnBehindAnySlice) {
     march_through(*make(whole), volume);
     for (int stop = 0; stop < 6; ++stop) {
       const auto first = make(a), second = make(a);
-      for (int k = 0; k <= stop; ++k) first->take(k, volume.slice(k));
+      for (int k = 0; k <= stop; ++k) show(*first, k, volume.slice(k), 4, 4);
       const Mark mark = first->mark();
       if (stop < 5) first->take(stop + 1, volume.slice(5));
       first->finish();
