@@ -3,8 +3,10 @@
 #include <chrono>
 #include <cmath>
 #include <memory>
+#include <optional>
 
 #include "wpm/cost.h"
+#include "wpm/health.h"
 #include "wpm/loops.h"
 #include "wpm/many_pairs.h"
 #include "wpm/pace.h"
@@ -47,8 +49,17 @@ class FastStepper : public CpuStepper {
     Pace& pace = missing > 0 ? pace_of_new_ : pace_;
     pace.next(1 + pairs + 2 * missing);
     const ThreadLimit limit(pace.threads());
+    flux_.reset();
+    health_.reset();
     sum(from, to);
     pace.took(std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
+  }
+
+  // The flux has the bits of F added up sample by sample, as it is of slices of which F is all
+  // there is.
+  void finish(Slice& to) override {
+    to.flux = flux_;
+    to.health = health_;
   }
 
   [[nodiscard]] const char* sum_taken() const override { return taken_; }
@@ -93,18 +104,35 @@ class FastStepper : public CpuStepper {
   void sum_by_transforms(const Slice& to) {
     const auto pairs = static_cast<std::uint32_t>(runs_.pairs().size());
     const auto batch = static_cast<std::uint32_t>(sums_.batch());
-    std::vector<double> flux(batch);
+    flux_of_pairs_.resize(pairs);
+    seen_.assign(static_cast<std::size_t>(groups_of(grid_.ny)), {});
     for (std::uint32_t first = 0; first < pairs; first += batch) {
       const std::uint32_t end = std::min(pairs, first + batch);
       sums_.columns(spectrum_, transfers_.get({runs_.pairs().data() + first, end - first}),
-                    flux.data());
+                    flux_of_pairs_.data() + first);
       sums_.rows(4.0 * (end - first) * static_cast<double>(grid_.plane()),
                  [&](int group, PlaneSums::RowGroup rows) {
                    for (std::uint32_t pair = first; pair < end; ++pair)
-                     place(group, pair, static_cast<int>(pair - first), flux[pair - first], rows,
+                     place(group, pair, static_cast<int>(pair - first), flux_of_pairs_[pair], rows,
                            to);
+                   if (end == pairs) look_over_group(group, to);
                  });
     }
+    flux_ = runs_.sum_of(flux_of_pairs_);
+    Seen seen;
+    for (const Seen& of_group : seen_) {
+      seen.is_finite = seen.is_finite && of_group.is_finite;
+      seen.is_light = seen.is_light || of_group.is_light;
+    }
+    health_ = health_of(seen);
+  }
+
+  // While the rows are in the cache.
+  void look_over_group(int group, const Slice& to) {
+    const auto columns = static_cast<std::size_t>(grid_.nx);
+    seen_[static_cast<std::size_t>(group)] =
+        look_over(static_cast<std::size_t>(lines_of_group(grid_.ny, group)) * columns,
+                  to.E + static_cast<std::size_t>(group * kBatch) * columns);
   }
 
   // Adds the sum of a pair to its samples in eight rows.
@@ -150,6 +178,12 @@ class FastStepper : public CpuStepper {
   Pace pace_{threads()}, pace_of_new_{threads()};
   const char* taken_ = "transforms";
   SumCounts counts_;
+
+  // Of the last step, where transforms made it.
+  std::vector<double> flux_of_pairs_;
+  std::vector<Seen> seen_;  // [group of rows]
+  std::optional<double> flux_;
+  std::optional<Health> health_;
 };
 
 }  // namespace

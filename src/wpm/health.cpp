@@ -1,16 +1,14 @@
 #include "wpm/health.h"
 
-#include <cmath>
-
 #include "ranks/ranks.h"
 
 Health health_of(const cpx* E, std::size_t count) {
-  bool is_dark = true;
-  for (std::size_t s = 0; s < count; ++s) {
-    if (!std::isfinite(E[s].real()) || !std::isfinite(E[s].imag())) return Health::kNotFinite;
-    is_dark = is_dark && E[s] == 0.0;
-  }
-  return is_dark ? Health::kDark : Health::kLight;
+  return health_of(wpm::look_over(count, E));
+}
+
+Health health_of(const wpm::Seen& seen) {
+  if (!seen.is_finite) return Health::kNotFinite;
+  return seen.is_light ? Health::kLight : Health::kDark;
 }
 
 namespace {

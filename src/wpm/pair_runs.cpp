@@ -4,6 +4,7 @@
 
 #include "wpm/batches.h"
 #include "wpm/loops.h"
+#include "wpm/repeated_addition.h"
 #include "wpm/threads.h"
 
 namespace wpm {
@@ -66,6 +67,7 @@ void PairRuns::find(const Slice& from, const Slice& to) {
   pairs_.clear();
   places_.clear();
   runs_.clear();
+  in_order_.clear();
   group_begin_.assign(1, 0);
   for (int group = 0; group < groups_of(ny_); ++group) {
     for (int row = group * kBatch; row < group * kBatch + lines_of_group(ny_, group); ++row) {
@@ -73,7 +75,10 @@ void PairRuns::find(const Slice& from, const Slice& to) {
       auto t = to_.rows[static_cast<std::size_t>(row)].begin();
       for (int begin = 0; begin < nx_;) {
         const int end = std::min(i->end, t->end);
-        runs_.push_back({place_of({i->n, t->n}), row, begin, end});
+        const std::uint32_t pair = place_of({i->n, t->n});
+        runs_.push_back({pair, row, begin, end});
+        if (in_order_.empty() || in_order_.back().pair != pair) in_order_.push_back({pair, 0});
+        in_order_.back().samples += static_cast<std::uint64_t>(end - begin);
         if (i->end == end) ++i;
         if (t->end == end) ++t;
         begin = end;
@@ -95,6 +100,13 @@ std::span<const Run> PairRuns::in_group(int group, std::uint32_t pair) const {
       std::equal_range(runs.begin(), runs.end(), Run{pair, 0, 0, 0},
                        [](const Run& a, const Run& b) { return a.pair < b.pair; });
   return {begin, end};
+}
+
+double PairRuns::sum_of(std::span<const double> number_of_pair) const {
+  double sum = 0.0;
+  for (const Alike& alike : in_order_)
+    sum = add_repeatedly(sum, number_of_pair[alike.pair], alike.samples);
+  return sum;
 }
 
 }  // namespace wpm

@@ -41,6 +41,8 @@ class PairRuns {
   // The runs in eight rows: all of them, by pair, and those of a pair.
   [[nodiscard]] std::span<const Run> in_group(int group) const;
   [[nodiscard]] std::span<const Run> in_group(int group, std::uint32_t pair) const;
+  // The sum over all samples, row by row, of a number that each pair has; added one by one.
+  [[nodiscard]] double sum_of(std::span<const double> number_of_pair) const;
 
  private:
   int nx_, ny_;
@@ -51,6 +53,11 @@ class PairRuns {
   PairTable places_;
   std::vector<Run> runs_;  // by group, then by pair
   std::vector<std::size_t> group_begin_;
+  struct Alike {
+    std::uint32_t pair;
+    std::uint64_t samples;
+  };
+  std::vector<Alike> in_order_;  // of all rows
 };
 
 }  // namespace wpm

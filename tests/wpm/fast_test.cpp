@@ -3,11 +3,14 @@
 
 #include <cmath>
 #include <cstring>
+#include <limits>
+#include <numeric>
 #include <random>
 
 #include "support/scene.h"
 #include "wpm/axis.h"
 #include "wpm/loops.h"
+#include "wpm/repeated_addition.h"
 #include "wpm/threads.h"
 
 namespace {
@@ -204,6 +207,86 @@ TEST(Fast, KnowsAStretchBySlicesThatAreAlike) {
   EXPECT_EQ(step(first, 4), of_first);
   EXPECT_EQ(step(second, 5), step(second, -1));
   EXPECT_NE(step(second, 5), of_first);
+}
+
+// What a step says of its slice is what the slice holds, to the bit: whole volumes have F alone.
+TEST(Fast, TellsTheFluxAndTheHealthOfItsSlice) {
+  for (const auto& [nx, ny] : {std::pair(40, 40), std::pair(21, 28)}) {
+    Scene scene = random_stack(nx, ny, 6, 11);
+    const std::size_t plane = scene.grid().plane();
+    const auto stepper = make_fast_stepper(scene.grid(), scene.options());
+    const auto slice = [&](int k) -> Slice {
+      const std::size_t first = static_cast<std::size_t>(k) * plane;
+      return {&scene.E[first], &scene.F[first], &scene.N[first]};
+    };
+    for (int k = 1; k < scene.nz; ++k) {
+      Slice made = slice(k);
+      stepper->step(slice(k - 1), made);
+      stepper->finish(made);
+      ASSERT_TRUE(made.flux && made.health) << k;
+      EXPECT_EQ(*made.flux, std::accumulate(made.F, made.F + plane, 0.0)) << k;
+      EXPECT_NE(*made.flux, 0.0);
+      EXPECT_EQ(*made.health, Health::kLight) << k;
+    }
+    // Behind the direct sum nothing is known.
+    Slice made = slice(5);
+    scene.E[4 * plane] = std::nan("");
+    stepper->step(slice(4), made);
+    stepper->finish(made);
+    EXPECT_FALSE(made.flux || made.health);
+    // Nothing is left of an index without a propagating wave.
+    Scene dark(24, 24, 2, 0.3e-6, 0.2e-6, 40e-6, 1e-6);
+    for (std::size_t s = 0; s < dark.N.size(); ++s) dark.N[s] = cpx(s % 24 < 9 ? 1.5 : 1.4, 9.0);
+    dark.illuminate([](double x, double y) { return std::exp(-(x * x + 2 * y * y) / 1e-12); });
+    Slice lost = {&dark.E[576], &dark.F[576], &dark.N[576]};
+    const auto last = make_fast_stepper(dark.grid(), dark.options());
+    last->step({dark.E.data(), dark.F.data(), dark.N.data()}, lost);
+    last->finish(lost);
+    EXPECT_TRUE(lost.health == Health::kDark);
+  }
+}
+
+TEST(Loops, LookOverSeesOneSampleAmongAll) {
+  const double inf = std::numeric_limits<double>::infinity(), tiny = 5e-324, large = 1.7e308;
+  for (const std::size_t n : {1, 7, 16, 33})
+    for (std::size_t at = 0; at < n; ++at) {
+      std::vector<cpx> E(n, cpx(0.0, -0.0));
+      EXPECT_FALSE(wpm::look_over(n, E.data()).is_light);
+      for (const cpx& light : {cpx(0, tiny), cpx(-tiny, 0), cpx(large, 0), cpx(0, -large)}) {
+        E[at] = light;
+        EXPECT_TRUE(wpm::look_over(n, E.data()).is_light && wpm::look_over(n, E.data()).is_finite);
+      }
+      for (const cpx& wild :
+           {cpx(0, inf), cpx(-inf, 0), cpx(std::nan(""), 1), cpx(1, -std::nan(""))}) {
+        E[at] = wild;
+        EXPECT_FALSE(wpm::look_over(n, E.data()).is_finite);
+      }
+    }
+}
+
+// Terms that fall between two numbers of the sum, half way too, that leave it as it is, that pass
+// many powers of two, and that are none of it.
+TEST(Sums, OfTheSameTermHaveTheBitsOfTheLoop) {
+  std::mt19937_64 generator(5);
+  std::uniform_real_distribution<double> spread(1.0, 2.0);
+  const auto expect_same = [](double sum, double term, std::uint64_t count) {
+    double looped = sum;
+    for (std::uint64_t i = 0; i < count; ++i) looped += term;
+    const double added = wpm::add_repeatedly(sum, term, count);
+    EXPECT_TRUE(std::memcmp(&added, &looped, sizeof added) == 0)
+        << sum << " + " << count << " * " << term << ": " << added << " is not " << looped;
+  };
+  for (int trial = 0; trial < 4000; ++trial) {
+    const double sum = std::ldexp(spread(generator), trial % 61 - 30);
+    // With the last bits of term in and about the last place of the sum.
+    const double units = static_cast<double>(generator() % 4096) / (trial % 3 == 0 ? 4.0 : 8.0);
+    expect_same(sum, std::ldexp(units, trial % 61 - 30 - 52), generator() % 3000);
+    expect_same(trial % 7 == 0 ? 0.0 : sum, std::ldexp(spread(generator), trial % 37 - 20), 3000);
+  }
+  const double inf = std::numeric_limits<double>::infinity(), large = 1.7e308, tiny = 5e-324;
+  for (const double sum : {0.0, -0.0, 1.0, -3.0, tiny, 1e-308, large, inf, -inf, std::nan("")})
+    for (const double term : {0.0, -0.0, 1.0, -0.1, 0.1, tiny, 1e-308, 1e290, large, inf})
+      for (const int count : {0, 1, 2, 3, 100}) expect_same(sum, term, count);
 }
 
 }  // namespace
