@@ -84,11 +84,8 @@ void BinnedSpectrum::transform_rows(int group, cpx* E, Workspace& work) {
     rows = work.in.get();
   }
   rows_->fft(rows, work.out.get());
-  const std::size_t step = line_step(x_.n);
-  for (int reader = 0; reader < groups_of(x_.n); ++reader)
-    for (std::size_t line = 0; line < kBatch; ++line)
-      std::copy_n(work.out.get() + line * step + at(reader * kBatch), kBatch,
-                  plane_.block(group, reader) + line * kBatch);
+  copy_into_blocks(groups_of(x_.n) * kBatch, work.out.get(), line_step(x_.n),
+                   plane_.block(group, 0), plane_.block_step());
 }
 
 void BinnedSpectrum::transform_columns(int group, Workspace& work) {

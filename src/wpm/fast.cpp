@@ -6,7 +6,6 @@
 #include <optional>
 
 #include "wpm/cost.h"
-#include "wpm/health.h"
 #include "wpm/loops.h"
 #include "wpm/many_pairs.h"
 #include "wpm/pace.h"
@@ -50,16 +49,19 @@ class FastStepper : public CpuStepper {
     pace.next(1 + pairs + 2 * missing);
     const ThreadLimit limit(pace.threads());
     flux_.reset();
-    health_.reset();
     sum(from, to);
     pace.took(std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
   }
 
   // The flux has the bits of F added up sample by sample, as it is of slices of which F is all
-  // there is.
+  // there is. Sums of tame plane waves are finite.
   void finish(Slice& to) override {
     to.flux = flux_;
-    to.health = health_;
+    to.health.reset();
+    if (flux_)
+      to.health = std::all_of(to.E, to.E + grid_.plane(), [](const cpx& e) { return e == 0.0; })
+                      ? Health::kDark
+                      : Health::kLight;
   }
 
   [[nodiscard]] const char* sum_taken() const override { return taken_; }
@@ -105,7 +107,6 @@ class FastStepper : public CpuStepper {
     const auto pairs = static_cast<std::uint32_t>(runs_.pairs().size());
     const auto batch = static_cast<std::uint32_t>(sums_.batch());
     flux_of_pairs_.resize(pairs);
-    seen_.assign(static_cast<std::size_t>(groups_of(grid_.ny)), {});
     for (std::uint32_t first = 0; first < pairs; first += batch) {
       const std::uint32_t end = std::min(pairs, first + batch);
       sums_.columns(spectrum_, transfers_.get({runs_.pairs().data() + first, end - first}),
@@ -115,24 +116,9 @@ class FastStepper : public CpuStepper {
                    for (std::uint32_t pair = first; pair < end; ++pair)
                      place(group, pair, static_cast<int>(pair - first), flux_of_pairs_[pair], rows,
                            to);
-                   if (end == pairs) look_over_group(group, to);
                  });
     }
     flux_ = runs_.sum_of(flux_of_pairs_);
-    Seen seen;
-    for (const Seen& of_group : seen_) {
-      seen.is_finite = seen.is_finite && of_group.is_finite;
-      seen.is_light = seen.is_light || of_group.is_light;
-    }
-    health_ = health_of(seen);
-  }
-
-  // While the rows are in the cache.
-  void look_over_group(int group, const Slice& to) {
-    const auto columns = static_cast<std::size_t>(grid_.nx);
-    seen_[static_cast<std::size_t>(group)] =
-        look_over(static_cast<std::size_t>(lines_of_group(grid_.ny, group)) * columns,
-                  to.E + static_cast<std::size_t>(group * kBatch) * columns);
   }
 
   // Adds the sum of a pair to its samples in eight rows.
@@ -181,9 +167,7 @@ class FastStepper : public CpuStepper {
 
   // Of the last step, where transforms made it.
   std::vector<double> flux_of_pairs_;
-  std::vector<Seen> seen_;  // [group of rows]
   std::optional<double> flux_;
-  std::optional<Health> health_;
 };
 
 }  // namespace

@@ -1,12 +1,10 @@
 #include "wpm/health.h"
 
 #include "ranks/ranks.h"
+#include "wpm/loops.h"
 
 Health health_of(const cpx* E, std::size_t count) {
-  return health_of(wpm::look_over(count, E));
-}
-
-Health health_of(const wpm::Seen& seen) {
+  const wpm::Seen seen = wpm::look_over(count, E);
   if (!seen.is_finite) return Health::kNotFinite;
   return seen.is_light ? Health::kLight : Health::kDark;
 }

@@ -3,12 +3,10 @@
 
 #include <string>
 
-#include "wpm/loops.h"
 #include "wpm/march.h"
 
 // Of count samples from E on. A zero everywhere is dark; one sample that is not finite decides.
 Health health_of(const cpx* E, std::size_t count);
-Health health_of(const wpm::Seen& seen);
 
 // Watches a run and keeps the first slice that is ill behind one that is well. A run that begins
 // ill is not its business.

@@ -128,25 +128,28 @@ template <typename Vector>
 
 ZERITH_WIDE Taken take_amplitudes(int n, const cpx* S, double scale, cpx* f) {
   const double tame = kTameAmplitude / scale * (kTameAmplitude / scale);
-  TwoMask kept{};
-  TwoMask is_strange{};
-  TwoMask is_unsure{};
+  // How many are weak if a value too close to the cut-off is, and if it isn't.
+  TwoMask weak_at_most{};
+  TwoMask weak_at_least{};
+  TwoMask is_tame = ~TwoMask{};
   int a = 0;
   for (; a + 2 <= n; a += 2) {
     const auto s = load<Two>(S + a);
     const Two squares = s * s;
     const Two modulus = squares + __builtin_shufflevector(squares, squares, 1, 0, 3, 2);
-    const TwoMask is_strong = ~(modulus < kWeak);  // a NaN is not weak
+    const TwoMask is_weak = modulus < kWeak * (1 + kUnsure);  // a NaN is not
     const Two amplitude = s * scale;
-    store(reinterpret_cast<Two>(reinterpret_cast<TwoMask>(amplitude) & is_strong), f + a);
-    kept -= is_strong;
-    is_strange |= ~(modulus < tame);
-    is_unsure |= (modulus > kWeak * (1 - kUnsure)) & (modulus < kWeak * (1 + kUnsure));
+    store(reinterpret_cast<Two>(reinterpret_cast<TwoMask>(amplitude) & ~is_weak), f + a);
+    weak_at_most -= is_weak;
+    weak_at_least -= modulus < kWeak * (1 - kUnsure);
+    is_tame &= modulus < tame;
   }
+  const long long weak = weak_at_most[0] + weak_at_most[2];
   Taken taken;
-  taken.kept = static_cast<std::size_t>(kept[0] + kept[2]);
-  taken.is_tame = (is_strange[0] | is_strange[2]) == 0;
-  if ((is_unsure[0] | is_unsure[2]) != 0) a = 0, taken.kept = 0;  // too close: one by one
+  taken.kept = static_cast<std::size_t>(a - weak);
+  taken.is_tame = (is_tame[0] & is_tame[2]) != 0;
+  const bool is_sure = weak == weak_at_least[0] + weak_at_least[2];
+  if (!is_sure) a = 0, taken.kept = 0;  // one by one
   for (; a < n; ++a) {
     const bool is_kept = !is_weak(S[a]);
     f[a] = is_kept ? S[a] * scale : 0.0;
@@ -193,6 +196,16 @@ template <typename Vector>
 }
 
 template <typename Vector>
+[[gnu::always_inline]] inline void copy_into_blocks_by(int n, const cpx* row, std::size_t step,
+                                                       cpx* blocks, std::size_t block_step) {
+  for (int begin = 0; begin < n; begin += 8, blocks += block_step)
+    for (std::size_t line = 0; line < 8; ++line)
+      for (std::size_t a = 0; a < 8; a += kNumbers<Vector>)
+        store(load<Vector>(row + line * step + static_cast<std::size_t>(begin) + a),
+              blocks + 8 * line + a);
+}
+
+template <typename Vector>
 [[gnu::always_inline]] inline void correct_into_blocks_by(int n, const cpx* row,
                                                           const std::complex<float>* correction,
                                                           std::size_t step, const double* drift,
@@ -229,6 +242,9 @@ ZERITH_WIDEST(apply_transfer,
 ZERITH_WIDEST(drift_lines,
               (int n, const cpx* lines, const float* number, std::complex<float>* drifted),
               (n, lines, number, drifted))
+ZERITH_WIDEST(copy_into_blocks,
+              (int n, const cpx* row, std::size_t step, cpx* blocks, std::size_t block_step),
+              (n, row, step, blocks, block_step))
 ZERITH_WIDEST(correct_into_blocks,
               (int n, const cpx* row, const std::complex<float>* correction, std::size_t step,
                const double* drift, cpx* blocks, std::size_t block_step),

@@ -31,8 +31,10 @@ void drift_lines(int n, const cpx* lines, const float* number, std::complex<floa
 // drifted = row * number in single precision.
 void times_number(int n, const cpx* row, const float* number, std::complex<float>* drifted);
 
-// Eight lines row + i * drift * correction, step apart, as blocks of 8 x 8 values, line by line,
-// that are block_step apart; drift is [2n]: -drift, drift for each value, and n a multiple of 8.
+// Eight lines, step apart, as blocks of 8 x 8 values, line by line, that are block_step apart; n is
+// a multiple of 8.
+void copy_into_blocks(int n, const cpx* row, std::size_t step, cpx* blocks, std::size_t block_step);
+// The same of row + i * drift * correction; drift is [2n]: -drift, drift for each value.
 void correct_into_blocks(int n, const cpx* row, const std::complex<float>* correction,
                          std::size_t step, const double* drift, cpx* blocks,
                          std::size_t block_step);
