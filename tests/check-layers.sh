@@ -45,7 +45,7 @@ shows() {
 shows data dataset
 shows system system grid index_stack description monitor advice stack_plan keys suggest
 shows wpm wpm slice sink march stepper edge screens rolling_pair whole_volume survey health progress \
-  threads sampled_field lp01 axis modes index_pairs windows wisdom_of_ranks batches
+  threads sampled_field lp01 axis modes pair_runs windows wisdom_of_ranks batches
 shows kernel kernel device_array
 shows io io
 shows ranks ranks

@@ -32,7 +32,7 @@ struct SliceStepper::Inside {
   void fetch(const Array<T>& from, T* host, const Rectangle& part);
 
   template <class Index>
-  void upload_samples(const std::uint32_t* samples, Array<Index>& to);
+  void upload_samples(const Index* samples, Array<Index>& to);
   void sum_directly(double2* E);
   void sum_again_if_wild(double2* E);
 
@@ -54,6 +54,7 @@ struct SliceStepper::Inside {
   // Of the pairs.
   std::vector<double2> host_n_i, host_n_t;
   std::vector<std::uint32_t> host_samples;
+  std::vector<std::uint16_t> host_narrow;
   Array<double2> n_i, n_t;
   Array<IndexPair> constants;
   Array<std::uint16_t> narrow;
@@ -108,12 +109,10 @@ SliceStepper::Inside::~Inside() {
 }
 
 template <class Index>
-void SliceStepper::Inside::upload_samples(const std::uint32_t* samples, Array<Index>& to) {
+void SliceStepper::Inside::upload_samples(const Index* samples, Array<Index>& to) {
   const char* doing = "take the pairs of indices";
   status.reserve(to, plane.samples(), doing);
-  if (!status.is_good()) return;
-  const std::vector<Index> values(samples, samples + plane.samples());
-  status.take(to.upload(values.data(), values.size()), doing);
+  if (status.is_good()) status.take(to.upload(samples, plane.samples()), doing);
 }
 
 void SliceStepper::Inside::set_pairs(const StepPairs& pairs) {
@@ -148,10 +147,12 @@ void SliceStepper::Inside::set_pairs(const StepPairs& pairs) {
   if (is_same_place) return;
   host_samples.assign(pairs.samples, pairs.samples + plane.samples());
   is_narrow = pairs.count <= std::numeric_limits<std::uint16_t>::max();
-  if (is_narrow)
-    upload_samples(pairs.samples, narrow);
-  else
-    upload_samples(pairs.samples, wide);
+  if (is_narrow) {
+    host_narrow.assign(host_samples.begin(), host_samples.end());
+    upload_samples(host_narrow.data(), narrow);
+  } else {
+    upload_samples(host_samples.data(), wide);
+  }
 }
 
 void SliceStepper::Inside::step(const Survey& survey) {

@@ -36,7 +36,7 @@ struct SampledAxis {
 
 DeviceStepper::DeviceStepper(const Grid& grid, const StepOptions& options,
                              const DeviceChoice& choice)
-    : samples_(grid.plane()) {
+    : samples_(grid.plane()), runs_(grid) {
   if (samples_ == 0) return;
   const SampledAxis x(grid.nx, grid.dx);
   const SampledAxis y(grid.ny, grid.dy);
@@ -117,20 +117,32 @@ void DeviceStepper::bring_field(const Slice& slice) {
   require_success();
 }
 
-void DeviceStepper::set_pairs(const Slice& from, const Slice& to) {
-  const bool is_known = from.stretch >= 0 && to.stretch >= 0;
-  if (is_known && from.stretch == stretch_from_ && to.stretch == stretch_to_) return;
-  stretch_from_ = is_known ? from.stretch : -1;
-  stretch_to_ = is_known ? to.stretch : -1;
-  find_index_pairs(from.N, to.N, samples_, found_);
+void DeviceStepper::look_ahead(const Slice& from, const Slice& to) {
+  if (!stepper_) return;
+  find_pairs(from, to);
+  ahead_from_ = from.N;
+  ahead_to_ = to.N;
+}
+
+void DeviceStepper::find_pairs(const Slice& from, const Slice& to) {
+  if (!runs_.find(from, to)) return;
+  are_others_ = true;
   n_i_.clear();
   n_t_.clear();
-  for (const IndexPair& pair : found_.pairs) {
+  for (const IndexPair& pair : runs_.pairs()) {
     n_i_.push_back({pair.n_i.real(), pair.n_i.imag()});
     n_t_.push_back({pair.n_t.real(), pair.n_t.imag()});
   }
-  stepper_->set_pairs(
-      {static_cast<int>(n_i_.size()), n_i_.data(), n_t_.data(), found_.which.data()});
+  places_.resize(samples_);
+  runs_.places(places_.data());
+}
+
+void DeviceStepper::set_pairs(const Slice& from, const Slice& to) {
+  if (from.N != ahead_from_ || to.N != ahead_to_) find_pairs(from, to);
+  ahead_from_ = ahead_to_ = nullptr;
+  if (!are_others_) return;
+  are_others_ = false;
+  stepper_->set_pairs({static_cast<int>(n_i_.size()), n_i_.data(), n_t_.data(), places_.data()});
 }
 
 const char* DeviceStepper::sum_taken() const {

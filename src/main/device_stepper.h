@@ -7,7 +7,7 @@
 
 #include "kernel/kernel.h"
 #include "wpm/edge.h"
-#include "wpm/index_pairs.h"
+#include "wpm/pair_runs.h"
 #include "wpm/slice.h"
 
 // How the device is to step.
@@ -18,8 +18,9 @@ struct DeviceChoice {
 };
 
 // Steps on the device. The pairs of indices of a step are found and uploaded when its slices belong
-// to another stretch than those of the last step; without stretches, in each step. The field is
-// taken from the host unless it is as the device made it.
+// to another stretch than those of the last step; without stretches, in each step. Who looks ahead
+// has them found while the device is at work. The field is taken from the host unless it is as the
+// device made it.
 //
 // A failure is reported as the device branch reports one and ends the process with status 255.
 class DeviceStepper : public Stepper {
@@ -35,6 +36,7 @@ class DeviceStepper : public Stepper {
   // A step of which no part is wanted need not be finished, and does not wait for the device.
   void begin(const Slice& from, const Slice& to, const StepOrder& order) override;
   void finish(Slice& to) override;
+  void look_ahead(const Slice& from, const Slice& to) override;
   [[nodiscard]] bool is_elsewhere() const override { return true; }
   [[nodiscard]] double seconds_between() const override { return seconds_between_; }
   void bring_field(const Slice& slice) override;
@@ -44,6 +46,7 @@ class DeviceStepper : public Stepper {
   using Time = std::chrono::steady_clock::time_point;
 
   void tell(const device::Findings& found, Slice& slice) const;
+  void find_pairs(const Slice& from, const Slice& to);
   void set_pairs(const Slice& from, const Slice& to);
   void require_success() const;
 
@@ -55,7 +58,9 @@ class DeviceStepper : public Stepper {
   EdgeMask* edge_ = nullptr;
   Time began_, begun_;  // when it was launched, and begin returned
   double seconds_between_ = 0;
-  int stretch_from_ = -1, stretch_to_ = -1;
-  IndexPairs found_;
-  std::vector<double2> n_i_, n_t_;
+  wpm::PairRuns runs_;
+  bool are_others_ = false;                                // pairs than the device has: these
+  std::vector<double2> n_i_, n_t_;                         // [pair]
+  std::vector<std::uint32_t> places_;                      // [sample]: which pair
+  const cpx *ahead_from_ = nullptr, *ahead_to_ = nullptr;  // indices whose pairs are found already
 };

@@ -109,6 +109,7 @@ void March::run(int behind) {
     if (is_elsewhere) {
       hand_over(k, here);
       after_next = paint(k + 2);
+      if (k + 2 < grid_.nz) timed(times_.painting, [&] { stepper_.look_ahead(next, after_next); });
     }
     timed(times_.steps, [&] {
       stepper_.finish(next);

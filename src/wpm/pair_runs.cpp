@@ -55,10 +55,10 @@ std::uint32_t PairRuns::place_of(const IndexPair& pair) {
   return places_.place_of(pair, pairs_);
 }
 
-void PairRuns::find(const Slice& from, const Slice& to) {
+bool PairRuns::find(const Slice& from, const Slice& to) {
   const bool is_known = from.stretch >= 0 && from.stretch == from_.stretch && to.stretch >= 0 &&
                         to.stretch == to_.stretch;
-  if (is_known) return;
+  if (is_known) return false;
   // Mostly the slice that was stepped to is the one that is stepped from.
   std::swap(from_, to_);
   from_.find(from, ny_, nx_);
@@ -87,6 +87,7 @@ void PairRuns::find(const Slice& from, const Slice& to) {
     sort_by_pair(runs_.begin() + static_cast<std::ptrdiff_t>(group_begin_.back()), runs_.end());
     group_begin_.push_back(runs_.size());
   }
+  return true;
 }
 
 std::span<const Run> PairRuns::in_group(int group) const {
@@ -100,6 +101,11 @@ std::span<const Run> PairRuns::in_group(int group, std::uint32_t pair) const {
       std::equal_range(runs.begin(), runs.end(), Run{pair, 0, 0, 0},
                        [](const Run& a, const Run& b) { return a.pair < b.pair; });
   return {begin, end};
+}
+
+void PairRuns::places(std::uint32_t* of_samples) const {
+  for (const Alike& alike : in_order_)
+    of_samples = std::fill_n(of_samples, alike.samples, alike.pair);
 }
 
 double PairRuns::sum_of(std::span<const double> number_of_pair) const {

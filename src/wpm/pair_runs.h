@@ -34,13 +34,16 @@ class PairRuns {
  public:
   explicit PairRuns(const Grid& grid);
 
-  // Finds those of a step. Of a stretch of slices that are alike the first is looked at.
-  void find(const Slice& from, const Slice& to);
+  // Finds those of a step. Of a stretch of slices that are alike the first is looked at; false if
+  // the step is such a one.
+  bool find(const Slice& from, const Slice& to);
 
   [[nodiscard]] const std::vector<IndexPair>& pairs() const { return pairs_; }
   // The runs in eight rows: all of them, by pair, and those of a pair.
   [[nodiscard]] std::span<const Run> in_group(int group) const;
   [[nodiscard]] std::span<const Run> in_group(int group, std::uint32_t pair) const;
+  // The place in pairs of each sample, [ny][nx].
+  void places(std::uint32_t* of_samples) const;
   // The sum over all samples, row by row, of a number that each pair has; added one by one.
   [[nodiscard]] double sum_of(std::span<const double> number_of_pair) const;
 

@@ -76,6 +76,8 @@ class Stepper {
     step(from, to);
   }
   virtual void finish(Slice& /*to*/) {}
+  // While a step goes on elsewhere: the slices of the next one, of which the indices are known.
+  virtual void look_ahead(const Slice& /*from*/, const Slice& /*to*/) {}
   // Whether steps are made elsewhere, on a device: behind begin they go on by themselves, and what
   // comes from there replaces what to has held.
   [[nodiscard]] virtual bool is_elsewhere() const { return false; }

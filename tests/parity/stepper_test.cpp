@@ -128,6 +128,35 @@ TEST_F(DeviceTest, BringsTheWantedPartsAndTellsOfTheSlice) {
     for (int s = 0; s < grid.nx * grid.ny; ++s) EXPECT_EQ(scene.at(2, 0, s), whole.at(2, 0, s));
   }
 }
+
+// Whether the stepper has looked at the slices of the next step, at others, or at none.
+TEST_F(DeviceTest, StepsAlikeHoweverItLooksAhead) {
+  enum { kNot, kRightly, kElsewhere };
+  for (const char* name : {"index_of_its_own", "step_down_TE"})
+    for (const bool is_fast : {false, true}) {
+      const Scene whole = stepped(scene_named(name), {.is_fast = is_fast});
+      for (const auto ahead : {kNot, kRightly, kElsewhere}) {
+        SCOPED_TRACE(testing::Message() << name << is_fast << ahead);
+        Scene scene = scene_named(name);
+        DeviceStepper stepper(scene.grid(), scene.options(),
+                              {.is_fast = is_fast, .blockSize = kBlock});
+        const auto slice = [&](int k) {
+          const std::size_t begin = scene.index(k, 0, 0);
+          return Slice{&scene.E[begin], &scene.F[begin], &scene.N[begin], k};
+        };
+        for (int k = 0; k < scene.nz - 1; ++k) {
+          Slice made = slice(k + 1);
+          stepper.begin(slice(k), made, {{.E = true, .F = true}});
+          if (ahead == kRightly && k + 2 < scene.nz) stepper.look_ahead(made, slice(k + 2));
+          if (ahead == kElsewhere) stepper.look_ahead(slice(0), slice(0));
+          stepper.finish(made);
+        }
+        EXPECT_EQ(scene.E, whole.E);
+        EXPECT_EQ(scene.F, whole.F);
+      }
+    }
+}
+
 // The edge on the device takes what it takes on the host.
 TEST_F(DeviceTest, LaysTheEdge) {
   const auto marched = [](Scene& scene, Stepper& stepper) {

@@ -109,6 +109,10 @@ class Times : public Stepper {
     if (parts_.health) to.health = Health::kLight;
     to.is_as_made = true;
   }
+  void look_ahead(const Slice& from, const Slice& to) override {
+    events_.push_back("look " + std::to_string(std::lround(from.N[0].real())) + " " +
+                      std::to_string(std::lround(to.N[0].real())));
+  }
   [[nodiscard]] bool is_elsewhere() const override { return is_elsewhere_; }
   [[nodiscard]] double seconds_between() const override { return is_elsewhere_ ? 1000.0 : 0.0; }
   void bring_field(const Slice& slice) override {
@@ -221,7 +225,8 @@ TEST(March, GivesTheSameSlicesWhereverStepsAreMade) {
 }
 
 // A step of the host is handed over as soon as it is made, so that a stopped run loses none. While
-// one goes on elsewhere, the slice behind it is handed over and the one ahead is painted. A mask
+// one goes on elsewhere, the slice behind it is handed over, the one ahead is painted, and the
+// stepper may look at it. A mask
 // that is laid here has all masks of its slice laid here, and the field goes back.
 TEST(March, WorksWhileAStepGoesOnElsewhere) {
   EXPECT_EQ(marched({.nz = 3}).events,
@@ -233,14 +238,17 @@ TEST(March, WorksWhileAStepGoesOnElsewhere) {
                                       "begin from the host",
                                       "take 0",
                                       "paint 2",
+                                      "look 2 3",
                                       "finish",
                                       "begin",
                                       "take 1",
                                       "paint 3",
+                                      "look 3 4",
                                       "finish",
                                       "begin",
                                       "take 2",
                                       "paint 4",
+                                      "look 4 5",
                                       "finish",
                                       "halve 3",
                                       "begin from the host",
