@@ -1,7 +1,5 @@
 #include "wpm/loops.h"
 
-#include <bit>
-#include <cstdint>
 #include <cstring>
 #include <type_traits>
 
@@ -297,20 +295,6 @@ ZERITH_WIDE double weighted_sum(int n, const double* power, const double* factor
   double total = (sum[0] + sum[1]) + (sum[2] + sum[3]);
   for (; a < n; ++a) total += power[a] * factor[a];
   return total;
-}
-
-// By their bits, all samples without a branch: an exponent of all ones carries into the sign.
-ZERITH_WIDE Seen look_over(std::size_t n, const cpx* E) {
-  constexpr std::uint64_t kSign = 1ULL << 63U, kExponent = 0x7ffULL << 52U, kOne = 1ULL << 52U;
-  std::uint64_t light = 0;
-  std::uint64_t infinite = 0;
-  const auto* number = reinterpret_cast<const double*>(E);
-  for (std::size_t a = 0; a < 2 * n; ++a) {
-    const auto bits = std::bit_cast<std::uint64_t>(number[a]);
-    light |= bits & ~kSign;
-    infinite |= (bits & kExponent) + kOne;
-  }
-  return {(infinite & kSign) == 0, light != 0};
 }
 
 ZERITH_WIDE int length_of_run(int n, const cpx* N) {

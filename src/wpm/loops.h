@@ -52,13 +52,6 @@ void fold_power(int n, double* power);
 // The sum of power * factor, in strands of a fixed order.
 double weighted_sum(int n, const double* power, const double* factor);
 
-// What there is among samples.
-struct Seen {
-  bool is_finite = true;  // all of them
-  bool is_light = false;  // any of them: not 0
-};
-Seen look_over(std::size_t n, const cpx* E);
-
 // How many of the n > 0 samples from the first on have the same bits as it.
 int length_of_run(int n, const cpx* N);
 

@@ -9,6 +9,7 @@
 
 #include "support/scene.h"
 #include "wpm/axis.h"
+#include "wpm/health.h"
 #include "wpm/loops.h"
 #include "wpm/repeated_addition.h"
 #include "wpm/threads.h"
@@ -246,20 +247,20 @@ TEST(Fast, TellsTheFluxAndTheHealthOfItsSlice) {
   }
 }
 
-TEST(Loops, LookOverSeesOneSampleAmongAll) {
+TEST(HealthOf, SeesOneSampleAmongAll) {
   const double inf = std::numeric_limits<double>::infinity(), tiny = 5e-324, large = 1.7e308;
   for (const std::size_t n : {1, 7, 16, 33})
     for (std::size_t at = 0; at < n; ++at) {
       std::vector<cpx> E(n, cpx(0.0, -0.0));
-      EXPECT_FALSE(wpm::look_over(n, E.data()).is_light);
+      EXPECT_EQ(health_of(E.data(), n), Health::kDark);
       for (const cpx& light : {cpx(0, tiny), cpx(-tiny, 0), cpx(large, 0), cpx(0, -large)}) {
         E[at] = light;
-        EXPECT_TRUE(wpm::look_over(n, E.data()).is_light && wpm::look_over(n, E.data()).is_finite);
+        EXPECT_EQ(health_of(E.data(), n), Health::kLight);
       }
       for (const cpx& wild :
            {cpx(0, inf), cpx(-inf, 0), cpx(std::nan(""), 1), cpx(1, -std::nan(""))}) {
         E[at] = wild;
-        EXPECT_FALSE(wpm::look_over(n, E.data()).is_finite);
+        EXPECT_EQ(health_of(E.data(), n), Health::kNotFinite);
       }
     }
 }
