@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include "constants.h"
 #include "diagnostics.h"
 #include "fuzz.h"
 #include "wpm/wpm.h"
@@ -26,8 +27,8 @@ void lay_out(struct_sysOptions& so, const std::vector<struct_layer>& layers,
   std::vector<cpx> KX(samples(so.nx)), KY(samples(so.ny));
   init_X(X.data(), so.nx, so.dx * so.f);
   init_X(Y.data(), so.ny, so.dy * so.f);
-  init_F(KX.data(), so.nx, 6.2831853 / (so.nx * so.dx * so.f));
-  init_F(KY.data(), so.ny, 6.2831853 / (so.ny * so.dy * so.f));
+  init_F(KX.data(), so.nx, kTwoPi / (so.nx * so.dx * so.f));
+  init_F(KY.data(), so.ny, kTwoPi / (so.ny * so.dy * so.f));
   // Of exact size, so that the address sanitizer sees a slip.
   const std::size_t voxels = samples(so.nx) * samples(so.ny) * samples(so.nz);
   std::vector<cpx> N(voxels), E(voxels);

@@ -4,11 +4,12 @@
 #include <cmath>
 #include <random>
 
+#include "constants.h"
 #include "wpm/march.h"
 #include "wpm/whole_volume.h"
 
 Scene::Scene(int nx_, int ny_, int nz_, double dx_, double dy_, double dz_, double lambda)
-    : nx(nx_), ny(ny_), nz(nz_), dx(dx_), dy(dy_), dz(dz_), k0(6.2831853 / lambda) {
+    : nx(nx_), ny(ny_), nz(nz_), dx(dx_), dy(dy_), dz(dz_), k0(kTwoPi / lambda) {
   const auto width = static_cast<std::size_t>(nx);
   const auto height = static_cast<std::size_t>(ny);
   const std::size_t voxels = width * height * static_cast<std::size_t>(nz);
@@ -21,8 +22,8 @@ Scene::Scene(int nx_, int ny_, int nz_, double dx_, double dy_, double dz_, doub
   KY.assign(height, 0.0);
   init_X(X.data(), nx, dx);
   init_X(Y.data(), ny, dy);
-  init_F(KX.data(), nx, 6.2831853 / (nx * dx));
-  init_F(KY.data(), ny, 6.2831853 / (ny * dy));
+  init_F(KX.data(), nx, kTwoPi / (nx * dx));
+  init_F(KY.data(), ny, kTwoPi / (ny * dy));
   illuminate([](double, double) { return 1.0; });
 }
 
@@ -84,7 +85,7 @@ double Scene::power(int k) const {
 }
 
 double Scene::frequency(int m) const {
-  return m * (6.2831853 / (nx * dx));
+  return m * (kTwoPi / (nx * dx));
 }
 
 SliceDifference difference(const Scene& a, const Scene& b, int k) {

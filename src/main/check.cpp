@@ -8,7 +8,6 @@
 #include "main/stages.h"
 #include "main/streaming.h"
 #include "ranks/ranks.h"
-#include "system/stack_plan.h"
 #include "wpm/progress.h"
 #include "wpm/survey.h"
 
@@ -60,13 +59,13 @@ void report_memory(const Run& run) {
 
 void report_components(const Run& run) {
   const Description& d = run.description;
-  const std::vector<LayerPlace> places = plan_stack(d);
+  const std::vector<LayerPlace>& places = run.stack->places();
   for (std::size_t i = 0; i < places.size(); ++i) {
-    const LayerPlace& place = places[i];
-    std::string where =
-        place.taken > 0 ? text_of(", slices ", place.first, " to ", place.first + place.taken - 1)
-                        : ", no slice";
-    if (d.layers[i].t == SCREEN) where = text_of(", on slice ", place.first);
+    const Slab& slab = places[i].slab;
+    std::string where = slab.taken > 0
+                            ? text_of(", slices ", slab.start, " to ", slab.start + slab.taken - 1)
+                            : ", no slice";
+    if (d.layers[i].t == SCREEN) where = text_of(", on slice ", slab.start);
     line(text_of("layer ", i + 1), name_of(d.layers[i].t) + where);
   }
 }

@@ -13,7 +13,7 @@ namespace {
 // The prescribed propagation: whole volumes, one call.
 double propagate_reference(Run& run) {
   const Grid& g = run.grid;
-  const Axes& a = run.axes;
+  const wpm::Axes& a = run.axes;
   const struct_sysOptions& so = run.description.so;
   ChTimer cpuTimer;
   cpuTimer.start();

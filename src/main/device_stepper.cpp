@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "diagnostics.h"
+#include "wpm/axes.h"
 #include "wpm/axis.h"
 
 namespace {
@@ -17,10 +18,8 @@ struct SampledAxis {
   std::vector<cpx> K;
   std::vector<double> frequencies, positions;
 
-  SampledAxis(int n, double spacing)
-      : K(static_cast<std::size_t>(n)), positions(static_cast<std::size_t>(n)) {
-    init_X(positions.data(), n, spacing);
-    init_F(K.data(), n, 6.2831853 / (n * spacing));
+  SampledAxis(const std::vector<cpx>& K_, const std::vector<double>& positions_)
+      : K(K_), positions(positions_) {
     for (const cpx& k : K) frequencies.push_back(k.real());
   }
 
@@ -38,8 +37,9 @@ DeviceStepper::DeviceStepper(const Grid& grid, const StepOptions& options,
                              const DeviceChoice& choice)
     : samples_(grid.plane()), runs_(grid) {
   if (samples_ == 0) return;
-  const SampledAxis x(grid.nx, grid.dx);
-  const SampledAxis y(grid.ny, grid.dy);
+  const wpm::Axes axes(grid);
+  const SampledAxis x(axes.KX, axes.X);
+  const SampledAxis y(axes.KY, axes.Y);
   device::StepperOptions on_device = {options.k0, options.dz};
   on_device.do_evanescent_modes = options.do_evanescent_modes;
   on_device.is_magnetic_field = options.is_magnetic_field;

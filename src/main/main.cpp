@@ -20,7 +20,7 @@ int main(int argc, char* argv[]) {
     require_shareable(run);
     build_scene(run);
   });
-  share_wavelength(run);
+  share_entry_index(run);
   ranks::after_first([&] { look_ahead(run); });
   answer_check(run);
   ranks::after_first([&] { secure_outputs(run); });

@@ -26,9 +26,7 @@ void require_shareable(const Run& run) {
     refuse(run.place("whole volumes are held by one process alone" + why_not_streamed(run)));
 }
 
-void share_wavelength(Run& run) {
-  run.lambda = ranks::from_first(run.lambda);
-  run.k0 = ranks::from_first(run.k0);
+void share_entry_index(Run& run) {
   run.entry_index = ranks::from_first(run.entry_index);
 }
 

@@ -6,8 +6,9 @@
 // Refuses what several ranks cannot do together. Says nothing where there is one.
 void require_shareable(const Run& run);
 
-// What the first rank alone has found, the wavelength and where a stopped run goes on, to all.
-void share_wavelength(Run& run);
+// What the first rank alone has found, the index at the entry and where a stopped run goes on, to
+// all.
+void share_entry_index(Run& run);
 void share_resumed(Run& run);
 
 // The window of a slice of the first rank's, [ny][nx], on every rank. With one rank it is the

@@ -15,6 +15,7 @@
 #include "main/options.h"
 #include "system/description.h"
 #include "system/index_stack.h"
+#include "wpm/axes.h"
 #include "wpm/edge.h"
 #include "wpm/modes.h"
 #include "wpm/screens.h"
@@ -37,12 +38,6 @@ class HostArray {
   std::unique_ptr<T[], Free> data_;
 };
 
-// The axes of the grid.
-struct Axes {
-  std::vector<double> X, Y;  // m
-  std::vector<cpx> KX, KY;   // rad/m, transform order
-};
-
 struct Run {
   explicit Run(const Options& options_);
 
@@ -53,7 +48,7 @@ struct Run {
   Description description;
   bool is_TE = true;  // what the device is told; a quiet run leaves it true whatever the file says
   Grid grid;
-  Axes axes;
+  wpm::Axes axes;
   double lambda = 0;       // m
   double k0 = 0;           // rad/m
   double entry_index = 0;  // the real index of the first sample of slice 0

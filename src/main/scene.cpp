@@ -28,14 +28,7 @@ void prepare_stream(Run& run) {
 
   log << "\tWave ..." << std::endl;
   run.E = HostArray<cpx>(plane, "E");
-  run.lambda =
-      lay_incident_field(run.E.data(), run.F.data(), run.N.data(), d.so, d.waves, log.is_quiet());
-}
-
-// A size of 0 counts as 1 where arrays are filled.
-std::size_t elements(const Grid& grid) {
-  const auto at_least_one = [](int n) { return static_cast<std::size_t>(n < 1 ? 1 : n); };
-  return at_least_one(grid.nx) * at_least_one(grid.ny) * at_least_one(grid.nz);
+  lay_incident_field(run.E.data(), run.F.data(), run.N.data(), d.so, d.waves, log.is_quiet());
 }
 
 // The files of the inputs from painted slices; the incident field is 0 but for slice 0.
@@ -60,7 +53,7 @@ void store_from_slices(const Run& run) {
 void prepare_volumes(Run& run) {
   const Log& log = run.log;
   Description& d = run.description;
-  const std::size_t count = elements(run.grid);
+  const std::size_t count = Frame(d.so).voxels();
   run.N = HostArray<cpx>(count, "N");
   log << "\tSystem ..." << std::endl;
   run.stack = std::make_unique<IndexStack>(d.so, d.layers, log.is_quiet());
@@ -74,7 +67,7 @@ void prepare_volumes(Run& run) {
 
   log << "\tWave ..." << std::endl;
   run.E = HostArray<cpx>(count, "E");
-  run.lambda = init_E(run.E.data(), run.F.data(), run.N.data(), &d.so, &d.waves, log.is_quiet());
+  init_E(run.E.data(), run.F.data(), run.N.data(), &d.so, &d.waves, log.is_quiet());
 }
 
 }  // namespace
@@ -88,7 +81,6 @@ void build_scene(Run& run) {
     prepare_volumes(run);
   log << "\tWave ... \t\tdone." << std::endl << std::endl;
   log << "\t         \t\tlambda = " << run.lambda << std::endl << std::endl;
-  run.k0 = 6.2831853 / run.lambda;
   if (ranks::is_first()) run.entry_index = run.N.data()[0].real();
 
   run.initTimer.stop();

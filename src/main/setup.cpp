@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "constants.h"
 #include "diagnostics.h"
 #include "main/memory.h"
 #include "main/stages.h"
@@ -101,18 +102,13 @@ void report_frequencies(const Log& log, char axis, double extent, double spacing
   log << "\tdone."
       << "\tdf" << axis << "=" << df / 1000000.0 << "MHz, fmax_" << axis << "=" << f_max / 1000000.0
       << "MHz, flim_" << axis << "=" << (0.5 * f_max) / 1000000.0 << "MHz, dtheta_" << axis << "="
-      << std::asin(df / f_max) * 180.0 / 3.14159265 << "°" << std::endl;
+      << std::asin(df / f_max) * 180.0 / kPi << "°" << std::endl;
 }
 
-// An axis of n elements. A negative n is an allocation that fails, and the report goes on; a grid
-// that will be refused needs none.
-template <typename T, typename Fill>
-void make_axis(std::vector<T>& axis, int n, const char* name, bool is_needed, Fill fill) {
-  const T* none = nullptr;
+// A negative n is an allocation that fails, and the report goes on.
+void check_size(int n, const char* name) {
+  const double* none = nullptr;
   if (n < 0) check(none, name);
-  if (!is_needed) return;
-  axis.resize(static_cast<std::size_t>(n));
-  fill(axis.data(), n);
 }
 
 }  // namespace
@@ -137,26 +133,27 @@ void read_configuration(Run& run) {
   const struct_sysOptions& so = run.description.so;
   if (so.hfield) log << "\tMagnetic field ...\t" << so.hfield << std::endl;
   log << "\tEvanescent modes ...\t" << so.evanescent << std::endl;
+  run.lambda = vacuum_wavelength(run.description.waves, so.f);
+  run.k0 = kTwoPi / run.lambda;
   require_wpm(run);
   report_polarization(run);
 }
 
 void lay_out_sampling(Run& run) {
   const Log& log = run.log;
-  Axes& axes = run.axes;
   run.grid = Grid(run.description.so);
   const Grid& grid = run.grid;
   run.window = wpm::window_of_rank(grid);
-  const bool is_usable = refusal(run).empty();
+  if (refusal(run).empty()) run.axes = wpm::Axes(grid);
 
   log << "\t\tSpace X ...";
-  make_axis(axes.X, grid.nx, "X", is_usable, [&](double* X, int n) { init_X(X, n, grid.dx); });
+  check_size(grid.nx, "X");
   log << "\tdone."
       << "\tnx=" << grid.nx << ", dx=" << grid.dx << "m"
       << ", ax=" << grid.ax() << "m" << std::endl;
 
   log << "\t\tSpace Y ...";
-  make_axis(axes.Y, grid.ny, "Y", is_usable, [&](double* Y, int n) { init_X(Y, n, grid.dy); });
+  check_size(grid.ny, "Y");
   log << "\tdone."
       << "\tny=" << grid.ny << ", dy=" << grid.dy << "m"
       << ", ay=" << grid.ay() << "m" << std::endl;
@@ -166,13 +163,11 @@ void lay_out_sampling(Run& run) {
       << ", az=" << grid.az() << "m" << std::endl;
 
   log << "\t\tFreq X ...";
-  make_axis(axes.KX, grid.nx, "KX", is_usable,
-            [&](cpx* KX, int n) { init_F(KX, n, 6.2831853 / grid.ax()); });
+  check_size(grid.nx, "KX");
   report_frequencies(log, 'x', grid.ax(), grid.dx);
 
   log << "\t\tFreq Y ...";
-  make_axis(axes.KY, grid.ny, "KY", is_usable,
-            [&](cpx* KY, int n) { init_F(KY, n, 6.2831853 / grid.ay()); });
+  check_size(grid.ny, "KY");
   report_frequencies(log, 'y', grid.ay(), grid.dy);
   log << "\tSampling ... \t\tdone." << std::endl << std::endl;
   require_usable_grid(run);

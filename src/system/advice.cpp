@@ -22,18 +22,19 @@ bool varies_sideways(const struct_layer& l) {
          (uses_second_material(l.t) && (l.n != l.ne || l.k != l.ke));
 }
 
-Scene::Scene(const Description& description) : d(description), places(plan_stack(description)) {
-  for (std::size_t i = 0; i < d.waves.size(); ++i) {
-    if (lambda == 0) lambda = d.waves[i].lambda;
+Scene::Scene(const Description& description)
+    : d(description),
+      places(plan_stack(description)),
+      lambda(vacuum_wavelength(description.waves, 1)) {
+  for (std::size_t i = 0; i < d.waves.size(); ++i)
     if (!d.waves[i].add) counted = i;
-  }
   bool is_uniform = true;
   for (std::size_t i = 0; i < d.layers.size(); ++i) {
     const struct_layer& l = d.layers[i];
-    if (places[i].taken <= 0) continue;
+    if (places[i].slab.taken <= 0) continue;
     if (uses_first_material(l.t)) densest = std::max(densest, l.n);
     if (uses_second_material(l.t) && !l.over) densest = std::max(densest, l.ne);
-    if (places[i].first != 0) continue;
+    if (places[i].slab.start != 0) continue;
     is_uniform = is_uniform && places[i].is_known && !varies_sideways(l);
     entry = l.n;
   }
@@ -85,7 +86,8 @@ void advise_on_steps(const Scene& scene) {
   const struct_sysOptions& so = scene.d.so;
   for (std::size_t i = 0; i < scene.d.layers.size(); ++i) {
     const struct_layer& l = scene.d.layers[i];
-    if (scene.places[i].taken <= 0 || !varies_sideways(l) || !uses_first_material(l.t)) continue;
+    if (scene.places[i].slab.taken <= 0 || !varies_sideways(l) || !uses_first_material(l.t))
+      continue;
     const double limit = scene.lambda / std::max(l.n, l.over ? 0 : l.ne);
     if (!(so.dz > limit * kSlack)) continue;
     return scene.warn(

@@ -96,7 +96,7 @@ void advise_on_keys(const Scene& scene, std::size_t i) {
 
 void advise_on_materials(const Scene& scene, std::size_t i) {
   const struct_layer& l = scene.d.layers[i];
-  if (scene.places[i].taken <= 0) return;
+  if (scene.places[i].slab.taken <= 0) return;
   const auto is_sound = [](double n, double k) {
     return std::isfinite(n) && std::isfinite(k) && n >= 0 && (n != 0 || k != 0);
   };
@@ -124,7 +124,7 @@ void advise_on_thickness(const Scene& scene, std::size_t i) {
     return scene.warn(l.line, "[layer]",
                       l.z < 0 ? "z is negative: the next layer begins before this one"
                               : "z is 0: the layer has no thickness and vanishes");
-  const bool is_whole = place.first + place.wanted <= scene.d.so.nz;
+  const bool is_whole = place.slab.start + place.wanted <= scene.d.so.nz;
   if (is_whole && place.wanted - place.thickness > 0.1)
     scene.warn(l.line, "[layer]",
                joined("z = ", l.z, " is ", place.thickness, " slices and takes ", place.wanted,
@@ -144,9 +144,9 @@ void advise_on_end(const Scene& scene) {
   double beyond = 0;
   for (std::size_t i = 0; i < scene.places.size(); ++i) {
     const LayerPlace& place = scene.places[i];
-    if (!place.is_stacked || place.taken >= place.wanted) continue;
+    if (!place.is_stacked || place.slab.taken >= place.wanted) continue;
     if (cut_line == 0) cut_line = scene.d.layers[i].line;
-    beyond += place.wanted - place.taken;
+    beyond += place.wanted - place.slab.taken;
   }
   scene.warn(cut_line, "[layer]",
              joined("the stack is thicker than the domain: from this layer on it is cut, by ",

@@ -2,12 +2,11 @@
 #include <cmath>
 #include <iomanip>
 
+#include "constants.h"
 #include "diagnostics.h"
 #include "system/scene.h"
 
 namespace {
-
-constexpr double kPi = 3.14159265;  // as the sources have it
 
 void advise_on_amplitude(const Scene& scene, const struct_emfield& wave, const GivenKeys& keys) {
   const auto warn = [&](const std::string& text) { scene.warn(wave.line, "[wave]", text); };

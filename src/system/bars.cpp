@@ -47,7 +47,7 @@ std::vector<double> shares_of(const BarsAlong& bars, int n, double spacing, int 
 class EqualBars : public Rule {
  public:
   EqualBars(const struct_sysOptions& so, const struct_layer& l)
-      : EqualBars(Frame(so), l, l.levels == 0 ? kLevels : l.levels) {}
+      : EqualBars(Frame(so), l, levels_of(l, kLevels)) {}
 
   void paint(int iz, const Canvas& canvas) const override {
     for (int iy = 0; iy < frame_.ny; ++iy) {

@@ -71,7 +71,7 @@ void require_layer(const Description& d, std::size_t i, const LayerPlace& place)
             "a screen needs its opening: r, or wx and wy, or file");
     require(!is_round || l.r > 0, "r of a screen must be above 0");
     require(!is_rectangular || (l.wx > 0 && l.wy > 0), "wx and wy of a screen must be above 0");
-    require(!place.is_known || place.first < d.so.nz, "the screen lies behind the domain");
+    require(!place.is_known || place.slab.start < d.so.nz, "the screen lies behind the domain");
   }
   require(l.t != INDEX_FILE || !l.file.empty(), "type = file needs the key file");
   require((l.file_dx > 0) == (l.file_dy > 0), "dx and dy go together");

@@ -23,6 +23,12 @@ int line_of(const GivenKeys& keys, std::string_view name) {
   return line;
 }
 
+double vacuum_wavelength(const std::vector<struct_emfield>& waves, double metres) {
+  for (const struct_emfield& wave : waves)
+    if (wave.lambda * metres != 0) return wave.lambda * metres;
+  return 0;
+}
+
 namespace {
 
 void make_materials_agree(struct_layer& l, bool permittivity) {

@@ -20,6 +20,10 @@ using GivenKeys = std::vector<GivenKey>;
 bool is_given(const GivenKeys& keys, std::string_view name);
 int line_of(const GivenKeys& keys, std::string_view name);
 
+// The wavelength of a run in vacuum: the first of its waves' that is not 0, times metres, the
+// metres per file unit. 0 if there is none.
+double vacuum_wavelength(const std::vector<struct_emfield>& waves, double metres);
+
 struct Description {
   struct_sysOptions so;
   std::vector<struct_layer> layers;

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "system/mix.h"
 #include "system/rule.h"
 
 namespace {
@@ -24,7 +25,7 @@ class GradedRod : public Rule {
         rim_(l.n * root(l.g * l.r)),
         outside_(l.ne, l.ke),
         is_over_(l.over),
-        levels_(l.levels == 0 ? kLevels : l.levels),
+        levels_(levels_of(l, kLevels)),
         extinction_(l.k) {
     for (int step = 0; step < levels_; ++step)
       steps_.emplace_back(axis_ - (axis_ - rim_) * ((step + 0.5) / levels_), l.k);

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "constants.h"
 #include "system/round_body.h"
 
 namespace {
@@ -141,7 +142,7 @@ class SplitterArm : public RoundBody {
   // displacement is about 1.6 times wx and wy.
   [[nodiscard]] double atan_shape(double liz) const {
     const int middle = taken_ / 2;
-    return (std::atan((6.2831853 / taken_) * (liz - middle)) + 1.262627255348652) / 1.570796325;
+    return (std::atan((kTwoPi / taken_) * (liz - middle)) + 1.262627255348652) / 1.570796325;
   }
   // The sum of two equal squares: the disc's radius is radius * sqrt(2).
   [[nodiscard]] double threshold(double liz) const {

@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "diagnostics.h"
+#include "system/mix.h"
 #include "system/rule.h"
 
 namespace {
@@ -38,7 +39,7 @@ class FileRule : public Rule {
         interpolates_(l.interpolate),
         is_over_(l.over),
         volume_(so, l),
-        palette_(l.levels == 0 ? kLevels : l.levels) {
+        palette_(levels_of(l, kLevels)) {
     look_through();
     for (int ix = 0; ix < frame_.nx; ++ix)
       columns_.push_back(
@@ -143,10 +144,10 @@ class FileRule : public Rule {
 
 }  // namespace
 
-Slab slab_of_file(const struct_sysOptions& so, const struct_layer& l) {
+double thickness_of_file(const struct_sysOptions& so, const struct_layer& l) {
   const Frame frame(so);
-  if (l.z != 0) return {so, l.z / (frame.dz / frame.metres)};
-  return {so, IndexVolume(so, l).depth()};
+  if (l.z != 0) return l.z / (frame.dz / frame.metres);
+  return IndexVolume(so, l).depth();
 }
 
 std::unique_ptr<Rule> make_index_file(const struct_sysOptions& so, const Slab& slab,

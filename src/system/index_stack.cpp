@@ -1,7 +1,6 @@
 #include "system/index_stack.h"
 
 #include <algorithm>
-#include <optional>
 #include <string>
 
 #include "diagnostics.h"
@@ -26,14 +25,6 @@ void warn_of_unpainted(const struct_sysOptions& so, const std::vector<Placed>& c
   if (count > 0)
     diagnostics::warn(so.sysname + ": the layers leave " + std::to_string(count) + " of " +
                       std::to_string(so.nz) + " slices unwritten; they hold index 0");
-}
-
-// The slices of a layer that is painted over another: from that one's first on, as many as the
-// layer takes by itself or, if it has no thickness, all of them.
-Slab slab_over(const Slab& base, const Kind& kind, struct_sysOptions so, const struct_layer& l) {
-  so.izlast = base.start;
-  const Slab alone = kind.slab(so, l);
-  return alone.taken > 0 && alone.taken < base.taken ? alone : base;
 }
 
 [[noreturn]] void fail_at(const struct_sysOptions& so, const struct_layer& l,
@@ -122,36 +113,37 @@ struct IndexStack::Inside {
   std::vector<Placed> components;
   std::vector<int> stretches;  // of each slice
   std::vector<Screen> screens;
+  std::vector<LayerPlace> places;
 };
 
 IndexStack::IndexStack(struct_sysOptions& so, const std::vector<struct_layer>& layers,
                        bool is_quiet)
     : inside_(std::make_unique<Inside>(so)) {
   const Log log(is_quiet);
+  LayerStack stack(so, true);
   so.izlast = 0;
-  std::optional<Slab> base;  // what layers are painted over that say so
   int number = 0;
   for (const struct_layer& l : layers) {
     ++number;
     const Kind* kind = kind_of(l.t);
     if (kind == nullptr) {
       log << "\t\t\t\t\033[31mUnknown component\033[0m" << std::endl;
+      inside_->places.push_back(stack.add(l));
       continue;
     }
     log << "\t\t\t\t" << kind->line << std::endl;
     if (l.t == SCREEN) {
       require_in_domain(so, l);
       inside_->screens.push_back({so.izlast, l});
+      inside_->places.push_back(stack.add(l));
       continue;
     }
-    if (l.over && !base)
+    if (l.over && !stack.has_base())
       fail_at(so, l, "over = 1 paints over the layer before it, and there is none");
-    const Slab slab = l.over ? slab_over(*base, *kind, so, l) : kind->slab(so, l);
+    inside_->places.push_back(stack.add(l));
+    const Slab& slab = inside_->places.back().slab;
     if (l.t == GRATING) require_grating_periods(so, slab, l, number);
-    if (!l.over) {
-      base = slab;
-      so.izlast += slab.taken;
-    }
+    so.izlast = stack.next_slice();
     if (kind->rule != nullptr && slab.first < slab.end)
       inside_->components.push_back({slab, kind->rule(so, slab, l), l.over});
   }
@@ -180,6 +172,10 @@ int IndexStack::stretch(int k) const {
 
 const std::vector<Screen>& IndexStack::screens() const {
   return inside_->screens;
+}
+
+const std::vector<LayerPlace>& IndexStack::places() const {
+  return inside_->places;
 }
 
 const Grid& IndexStack::grid() const {

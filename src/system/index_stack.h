@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "system/grid.h"
+#include "system/stack_plan.h"
 
 // A layer that takes no slices and acts on the field behind those before it.
 struct Screen {
@@ -40,6 +41,9 @@ class IndexStack {
 
   // In the order of the file.
   [[nodiscard]] const std::vector<Screen>& screens() const;
+
+  // Where each layer is, in the order of the file.
+  [[nodiscard]] const std::vector<LayerPlace>& places() const;
 
   // Sizes as the file has them, 0 included.
   [[nodiscard]] const Grid& grid() const;

@@ -1,5 +1,6 @@
 #include "system/keys.h"
 
+#include "constants.h"
 #include "system/stores.h"
 
 namespace {
@@ -61,8 +62,7 @@ template <auto... Sigmas>
 Reading waist(Wave& wave, const std::string& value) {
   double radius = 0;
   Reading reading = read_real_within(value, kPositive, radius);
-  if (reading.kind == Reading::kRead)
-    ((wave.*Sigmas = radius / std::sqrt(3.14159265)), ...);  // pi as the source has it
+  if (reading.kind == Reading::kRead) ((wave.*Sigmas = radius / std::sqrt(kPi)), ...);
   return reading;
 }
 

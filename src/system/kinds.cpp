@@ -5,38 +5,38 @@
 
 namespace {
 
-Slab slab_in_frame(const struct_sysOptions& so, const struct_layer& l) {
+double thickness_in_frame(const struct_sysOptions& so, const struct_layer& l) {
   const Frame frame(so);
-  return {so, l.z / (frame.dz / frame.metres)};
+  return l.z / (frame.dz / frame.metres);
 }
 
 // The lens works on the file's spacing as it stands, without the metric factor and the substitute
 // of the others: a spacing of 0 takes no slice that could be painted.
-Slab slab_in_file_units(const struct_sysOptions& so, const struct_layer& l) {
-  return {so, l.z / so.dz};
+double thickness_in_file_units(const struct_sysOptions& so, const struct_layer& l) {
+  return l.z / so.dz;
 }
 
-Slab no_slab(const struct_sysOptions& so, const struct_layer& /*l*/) {
-  return {so, 0};
+double no_thickness(const struct_sysOptions& /*so*/, const struct_layer& /*l*/) {
+  return 0;
 }
 
 constexpr Kind kKinds[] = {
-    {HOMOG, "create HOMOG ... ", slab_in_frame, make_homog},
-    {GRATING, "create GRATING ... ", slab_in_frame, make_grating},
-    {WGUIDE, "create WGUIDE ... ", slab_in_frame, make_guide},
-    {TAPER, "create TAPER ... ", slab_in_frame, make_taper},
-    {LENS, "create LENS ... ", slab_in_file_units, make_lens},
-    {ASPHERE, "create ASPHERE (not supported yet)", slab_in_frame, nullptr},
-    {SPLITTER, "create SPLITTER ... ", slab_in_frame, make_splitter},
-    {MZEHNDER, "MZEHNDER (not supported yet)", slab_in_frame, nullptr},
-    {GRIN, "create GRIN ... ", slab_in_frame, make_grin},
-    {SCREEN, "create SCREEN ... ", no_slab, nullptr},
-    {INDEX_FILE, "create FILE ... ", slab_of_file, make_index_file},
+    {HOMOG, "create HOMOG ... ", thickness_in_frame, make_homog},
+    {GRATING, "create GRATING ... ", thickness_in_frame, make_grating},
+    {WGUIDE, "create WGUIDE ... ", thickness_in_frame, make_guide},
+    {TAPER, "create TAPER ... ", thickness_in_frame, make_taper},
+    {LENS, "create LENS ... ", thickness_in_file_units, make_lens},
+    {ASPHERE, "create ASPHERE (not supported yet)", thickness_in_frame, nullptr},
+    {SPLITTER, "create SPLITTER ... ", thickness_in_frame, make_splitter},
+    {MZEHNDER, "MZEHNDER (not supported yet)", thickness_in_frame, nullptr},
+    {GRIN, "create GRIN ... ", thickness_in_frame, make_grin},
+    {SCREEN, "create SCREEN ... ", no_thickness, nullptr},
+    {INDEX_FILE, "create FILE ... ", thickness_of_file, make_index_file},
 };
 
 int rasterise(component t, cpx* N, const struct_sysOptions& so, const struct_layer& l) {
   const Kind& kind = *kind_of(t);
-  const Slab slab = kind.slab(so, l);
+  const Slab slab(so, kind.thickness(so, l));
   if (t == GRATING) require_grating_periods(so, slab, l, 0);
   if (kind.rule == nullptr || slab.first >= slab.end) return slab.taken;
   const Frame frame(so);

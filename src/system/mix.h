@@ -5,6 +5,12 @@
 
 #include "system/system.h"
 
+// The levels of a layer, or otherwise if it gives none.
+int levels_of(const struct_layer& l, int otherwise);
+
+// The nearest of the levels 0, 1, ..., levels to a share from 0 to 1.
+int nearest_level(double share, int levels);
+
 // The index of a voxel of which a share is the first material: the mean, extinction included, in
 // so many steps. Means of the index and not of its square: the phase that light collects on its way
 // along z is the sum of index times length, so on average over the face it is that of the true

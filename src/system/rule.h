@@ -45,12 +45,13 @@ class Rule {
   virtual void sign(int iz, Signature& signature) const = 0;
 };
 
-// A component kind: what the log says of it, the slices it takes, and its rule. Kinds that are
+// A component kind: what the log says of it, its thickness in slices, not rounded,
+// and its rule. Kinds that are
 // reserved, and screens, have none and paint nothing.
 struct Kind {
   component t;
   const char* line;
-  Slab (*slab)(const struct_sysOptions&, const struct_layer&);
+  double (*thickness)(const struct_sysOptions&, const struct_layer&);
   std::unique_ptr<Rule> (*rule)(const struct_sysOptions&, const Slab&, const struct_layer&);
 };
 
@@ -73,4 +74,4 @@ std::unique_ptr<Rule> make_index_file(const struct_sysOptions&, const Slab&, con
 std::unique_ptr<Rule> make_lens(const struct_sysOptions&, const Slab&, const struct_layer&);
 
 // As thick as the layer says, or as deep as its file.
-Slab slab_of_file(const struct_sysOptions&, const struct_layer&);
+double thickness_of_file(const struct_sysOptions&, const struct_layer&);

@@ -12,7 +12,7 @@ struct Scene {
 
   const Description& d;
   std::vector<LayerPlace> places;
-  double lambda = 0;        // of the run: the first that is not 0, file units
+  double lambda;            // of the run, file units
   double densest = 0;       // the largest index that a layer brings; 0 if none does
   double entry = 0;         // the index of slice 0, or 0 if it varies or is not known
   std::size_t counted = 0;  // the waves from here on make the field

@@ -19,6 +19,14 @@ Frame::Frame(const struct_sysOptions& so)
       ny(so.ny == 0 ? 1 : so.ny),
       nz(so.nz == 0 ? 1 : so.nz) {}
 
+std::size_t Frame::plane() const {
+  return static_cast<std::size_t>(std::max(nx, 0)) * static_cast<std::size_t>(std::max(ny, 0));
+}
+
+std::size_t Frame::voxels() const {
+  return plane() * static_cast<std::size_t>(std::max(nz, 0));
+}
+
 Slab::Slab(const struct_sysOptions& so, double thickness_in_slices) : start(so.izlast) {
   const Frame frame(so);
   const std::int64_t begin = start;

@@ -1,6 +1,7 @@
 // The frame that every component lies in: sizes and spacings, and its stretch of slices.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "system/system.h"
@@ -20,6 +21,10 @@ struct Frame {
 
   // Rows step by ny, so only on a square grid do slices keep out of one another's way.
   [[nodiscard]] bool is_square() const { return nx == ny; }
+
+  // Samples of a slice and voxels of the volume; none if a size is negative.
+  [[nodiscard]] std::size_t plane() const;
+  [[nodiscard]] std::size_t voxels() const;
 };
 
 // The slices of a component.

@@ -2,33 +2,45 @@
 
 #include <cmath>
 
-#include "system/slab.h"
+#include "system/rule.h"
+
+LayerStack::LayerStack(const struct_sysOptions& so, bool opens_files)
+    : so_(so), opens_files_(opens_files) {
+  so_.izlast = 0;
+}
+
+LayerPlace LayerStack::place_alone(const struct_layer& l, int start) {
+  const Kind* kind = kind_of(l.t);
+  const bool is_of_unknown_depth = l.t == INDEX_FILE && l.z == 0 && !opens_files_;
+  if (is_of_unknown_depth) is_known_ = false;
+  const double thickness = kind == nullptr || is_of_unknown_depth ? 0 : kind->thickness(so_, l);
+  struct_sysOptions so = so_;
+  so.izlast = start;
+  return {Slab(so, thickness), thickness, std::ceil(thickness), true, is_known_};
+}
+
+LayerPlace LayerStack::add(const struct_layer& l) {
+  if (l.over && base_) {
+    const LayerPlace alone = place_alone(l, base_->slab.start);
+    LayerPlace place = *base_;
+    if (alone.slab.taken > 0 && alone.slab.taken < place.slab.taken) place.slab = alone.slab;
+    place.is_stacked = false;
+    place.is_known = is_known_;
+    return place;
+  }
+  LayerPlace place = place_alone(l, so_.izlast);
+  if (l.t == SCREEN || kind_of(l.t) == nullptr) {
+    place.is_stacked = false;
+    return place;
+  }
+  base_ = place;
+  so_.izlast += place.slab.taken;
+  return place;
+}
 
 std::vector<LayerPlace> plan_stack(const Description& d) {
-  struct_sysOptions so = d.so;
-  so.izlast = 0;
-  const Frame frame(so);
+  LayerStack stack(d.so, false);
   std::vector<LayerPlace> places;
-  bool is_known = true;
-  for (const struct_layer& l : d.layers) {
-    LayerPlace place;
-    if (l.over && !places.empty()) {
-      place = places.back();
-      place.is_stacked = false;
-    } else if (l.t == SCREEN) {
-      place.is_stacked = false;
-      place.first = so.izlast;
-    } else {
-      if (l.t == INDEX_FILE && l.z == 0) is_known = false;
-      // The spacing as the layer's rasteriser takes it: the quotients may round apart.
-      place.thickness = l.z / (l.t == LENS ? so.dz : frame.dz / frame.metres);
-      place.wanted = std::ceil(place.thickness);
-      place.first = so.izlast;
-      place.taken = Slab(so, place.thickness).taken;
-      so.izlast += place.taken;
-    }
-    place.is_known = is_known;
-    places.push_back(place);
-  }
+  for (const struct_layer& l : d.layers) places.push_back(stack.add(l));
   return places;
 }

@@ -1,19 +1,43 @@
-// Where the layers lie along z, before anything is painted.
+// Where the layers are along z.
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "system/description.h"
+#include "system/slab.h"
 
-// The slices of one layer. A screen takes none, and a layer painted over another lies where that
-// one does.
+// The slices of one layer. A screen takes none.
 struct LayerPlace {
-  bool is_known = true;  // false behind a file of indices, whose depth stands in that file
-  bool is_stacked = true;
-  double thickness = 0;  // in slices, not rounded
-  double wanted = 0;     // rounded up to whole ones
-  int first = 0;         // the slice that it begins at
-  int taken = 0;         // cut at the end of the domain
+  Slab slab;               // cut at the end of the domain
+  double thickness = 0;    // in slices, not rounded
+  double wanted = 0;       // rounded up to whole ones
+  bool is_stacked = true;  // the next layer begins after it
+  bool is_known = true;    // false from a file of indices on whose depth was not looked up
 };
 
+// Places layers one after the other. A layer painted over the one before it begins where that one
+// does and takes as many slices as by itself or, if it has no thickness, all of that one's.
+class LayerStack {
+ public:
+  // opens_files: opens a file of indices that decides how thick its layer is; ends the process if
+  // it cannot.
+  LayerStack(const struct_sysOptions& so, bool opens_files);
+
+  LayerPlace add(const struct_layer& l);
+
+  [[nodiscard]] int next_slice() const { return so_.izlast; }
+  // Whether there is a layer to paint over.
+  [[nodiscard]] bool has_base() const { return base_.has_value(); }
+
+ private:
+  [[nodiscard]] LayerPlace place_alone(const struct_layer& l, int start);
+
+  struct_sysOptions so_;
+  bool opens_files_;
+  bool is_known_ = true;
+  std::optional<LayerPlace> base_;
+};
+
+// All layers of a description, without a look at files.
 std::vector<LayerPlace> plan_stack(const Description& d);

@@ -5,10 +5,10 @@
 #include <cstdlib>
 #include <numbers>
 
+#include "constants.h"
+
 namespace wpm {
 namespace {
-
-constexpr double kTwoPi = 6.2831853;  // the axes' value
 
 // The number m of frequency p in units of the axis's step.
 int frequency_number(int p, int n) {

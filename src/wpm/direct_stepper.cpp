@@ -1,5 +1,5 @@
 // The reference's sums, one step at a time.
-#include "wpm/sampling.h"
+#include "wpm/axes.h"
 #include "wpm/spectrum.h"
 #include "wpm/stepper.h"
 #include "wpm/superposition.h"
@@ -25,7 +25,7 @@ class DirectStepper : public CpuStepper {
  private:
   Grid grid_;
   StepOptions options_;
-  Sampling axes_;
+  Axes axes_;
   Spectrum spectrum_;
   SumCounts counts_;
 };

@@ -5,13 +5,13 @@
 #include <memory>
 #include <optional>
 
+#include "wpm/axes.h"
 #include "wpm/cost.h"
 #include "wpm/loops.h"
 #include "wpm/many_pairs.h"
 #include "wpm/pace.h"
 #include "wpm/pair_runs.h"
 #include "wpm/plane_sums.h"
-#include "wpm/sampling.h"
 #include "wpm/spectrum.h"
 #include "wpm/stepper.h"
 #include "wpm/superposition.h"
@@ -152,7 +152,7 @@ class FastStepper : public CpuStepper {
 
   Grid grid_;
   StepOptions options_;
-  Sampling axes_;
+  Axes axes_;
   Axis x_, y_;
   std::vector<Workspace> workspaces_;
   BinnedSpectrum spectrum_;
@@ -174,7 +174,7 @@ class FastStepper : public CpuStepper {
 }  // namespace wpm
 
 std::unique_ptr<CpuStepper> make_fast_stepper(const Grid& grid, const StepOptions& options) {
-  const wpm::Sampling axes(grid);
+  const wpm::Axes axes(grid);
   if (wpm::is_regular(axes.KX.data(), axes.X.data(), grid.nx) &&
       wpm::is_regular(axes.KY.data(), axes.Y.data(), grid.ny))
     return std::make_unique<wpm::FastStepper>(grid, options);

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "constants.h"
 #include "data/dataset.h"
 #include "diagnostics.h"
 #include "wpm/lp01.h"
@@ -9,7 +10,6 @@
 #include "wpm/source.h"
 
 using waves::fill_slice;
-using waves::kTwoPi;
 using waves::report_wave;
 using waves::Source;
 

@@ -6,6 +6,7 @@
 
 #include "data/dataset.h"
 #include "diagnostics.h"
+#include "system/description.h"
 #include "wpm/field_sources.h"
 #include "wpm/source.h"
 #include "wpm/wpm.h"
@@ -29,11 +30,6 @@ constexpr Kind kKinds[] = {
     {FIELD_FILE, "create FILE ...", init_file_wave},
 };
 
-std::size_t samples_of_slice(const struct_sysOptions& so) {
-  const auto axis = [](int n) { return static_cast<std::size_t>(n == 0 ? 1 : std::max(n, 0)); };
-  return axis(so.nx) * axis(so.ny);
-}
-
 // The sum of the waves that are added. A plane wave of amplitude a carries |a|^2 kz, so the flux of
 // a sum is |sum of sqrt(kz) a|^2: over the slice it is the power of all waves and of what they have
 // in common, for waves of any directions. Waves whose kz is negative carry none.
@@ -48,21 +44,20 @@ class WaveSum {
   }
 
   // Adds wave f to slice 0.
-  double add(const Kind& kind, cpx* E, double* F, const cpx* N, const struct_sysOptions& so,
-             const struct_emfield& f, bool is_quiet) {
-    const double lambda = kind.lay(E_.data(), F_.data(), N, &so, f, is_quiet);
+  void add(const Kind& kind, cpx* E, double* F, const cpx* N, const struct_sysOptions& so,
+           const struct_emfield& f, bool is_quiet) {
+    kind.lay(E_.data(), F_.data(), N, &so, f, is_quiet);
     const double weight = root_kz(so, f);
     for (std::size_t s = 0; s < E_.size(); ++s) {
       E[s] += E_[s];
       root_flux_[s] += weight * E_[s];
       F[s] = std::norm(root_flux_[s]);
     }
-    return lambda;
   }
 
  private:
   static double root_kz(const struct_sysOptions& so, const struct_emfield& f) {
-    return std::sqrt(std::max(0.0, waves::kTwoPi * waves::Source(so, f).nuz));
+    return std::sqrt(std::max(0.0, kTwoPi * waves::Source(so, f).nuz));
   }
 
   std::vector<cpx> E_;
@@ -128,11 +123,12 @@ const Kind* kind_of(const struct_emfield& f) {
 
 }  // namespace
 
-double lay_incident_field(cpx* E0, double* F0, const cpx* N0, const struct_sysOptions& so,
-                          const std::vector<struct_emfield>& fields, bool is_quiet) {
+void lay_incident_field(cpx* E0, double* F0, const cpx* N0, const struct_sysOptions& so,
+                        const std::vector<struct_emfield>& fields, bool is_quiet) {
   const Log log(is_quiet);
-  const std::size_t samples = samples_of_slice(so);
-  double lambda = 0.0;
+  const std::size_t samples = Frame(so).plane();
+  const double lambda = vacuum_wavelength(fields, so.f);
+  bool is_known = false;         // a wave before this one has a wavelength
   std::unique_ptr<WaveSum> sum;  // while waves are added to the one before them
   for (std::size_t i = 0; i < fields.size(); ++i) {
     const struct_emfield& f = fields[i];
@@ -142,39 +138,36 @@ double lay_incident_field(cpx* E0, double* F0, const cpx* N0, const struct_sysOp
       diagnostics::fail(so.sysname + ": a wave has an unknown shape");
     }
     log << "\t\t\t\t" << kind->line;
-    double lambda_int = 0.0;
     if (f.add && i > 0) {
       if (sum == nullptr) {
         sum = std::make_unique<WaveSum>(samples);
         sum->begin(E0, so, fields[i - 1]);
       }
-      lambda_int = sum->add(*kind, E0, F0, N0, so, f, is_quiet);
+      sum->add(*kind, E0, F0, N0, so, f, is_quiet);
     } else {
       sum = nullptr;
-      lambda_int = kind->lay(E0, F0, N0, &so, f, is_quiet);
+      kind->lay(E0, F0, N0, &so, f, is_quiet);
     }
-    if (lambda == 0.0) {
-      lambda = lambda_int;
-    } else if (lambda != lambda_int) {
+    const double own = f.lambda * so.f;
+    if (is_known && own != lambda) {
       log << "\033[31m[W]\tAttention! Multiple wavelengths specified in configuration file.\033[0m"
           << std::endl;
       if (f.add)
         diagnostics::warn(data::place(so.sysname, f.line) +
                           ": an added wave has another wavelength than the first; the run has one");
     }
+    is_known = is_known || own != 0.0;
   }
   warn_of_useless_field(so, fields, lambda, {E0, samples}, {N0, samples});
-  return lambda;
 }
 
 double init_E(cpx* E, double* F, const cpx* N, const struct_sysOptions* so,
               const std::vector<struct_emfield>* fields, bool is_quiet) {
-  const double lambda = lay_incident_field(E, F, N, *so, *fields, is_quiet);
-  const std::size_t slice = samples_of_slice(*so);
-  const std::size_t count = slice * static_cast<std::size_t>(so->nz == 0 ? 1 : std::max(so->nz, 0));
-  for (std::size_t j = slice; j < count; ++j) {
+  lay_incident_field(E, F, N, *so, *fields, is_quiet);
+  const Frame frame(*so);
+  for (std::size_t j = frame.plane(); j < frame.voxels(); ++j) {
     E[j] = 0.0;
     if (F != nullptr) F[j] = 0.0;
   }
-  return lambda;
+  return vacuum_wavelength(*fields, so->f);
 }

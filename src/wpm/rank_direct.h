@@ -3,8 +3,8 @@
 
 #include <memory>
 
+#include "wpm/axes.h"
 #include "wpm/index_pairs.h"
-#include "wpm/sampling.h"
 #include "wpm/slice.h"
 #include "wpm/spectrum.h"
 #include "wpm/superposition.h"
@@ -26,7 +26,7 @@ class RankDirectSum {
   Grid grid_;
   Window window_;
   StepOptions options_;
-  Sampling axes_;
+  Axes axes_;
   Spectrum spectrum_;
 };
 

@@ -120,7 +120,7 @@ class RankFastStepper : public CpuStepper {
   Grid grid_;
   StepOptions options_;
   int columns_;
-  Sampling axes_;
+  Axes axes_;
   Axis x_, y_;
   FoldedFrequencies folds_;
   std::vector<Workspace> workspaces_;
@@ -140,7 +140,7 @@ class RankFastStepper : public CpuStepper {
 }  // namespace wpm
 
 std::unique_ptr<CpuStepper> make_rank_fast_stepper(const Grid& grid, const StepOptions& options) {
-  const wpm::Sampling axes(grid);
+  const wpm::Axes axes(grid);
   if (wpm::is_regular(axes.KX.data(), axes.X.data(), grid.nx) &&
       wpm::is_regular(axes.KY.data(), axes.Y.data(), grid.ny))
     return std::make_unique<wpm::RankFastStepper>(grid, options);

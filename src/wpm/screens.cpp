@@ -6,6 +6,7 @@
 
 #include "data/dataset.h"
 #include "diagnostics.h"
+#include "system/mix.h"
 #include "wpm/sampled_field.h"
 
 namespace {
@@ -69,8 +70,10 @@ std::vector<cpx> factors_of(const struct_layer& l, const Grid& grid,
     for (int i = 0; i < grid.nx; ++i, ++s) {
       const double x = grid.x(i) - middle_x;
       const double y = grid.y(j) - middle_y;
-      const double share = l.levels > 1 ? std::round(opening.share(x, y) * l.levels) / l.levels
-                                        : static_cast<double>(opening.is_open(x, y));
+      const double share =
+          l.levels > 1
+              ? static_cast<double>(nearest_level(opening.share(x, y), l.levels)) / l.levels
+              : static_cast<double>(opening.is_open(x, y));
       factors[static_cast<std::size_t>(s)] = share + (1.0 - share) * l.transmission;
     }
   return factors;

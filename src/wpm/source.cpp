@@ -5,15 +5,7 @@
 namespace waves {
 
 Source::Source(const struct_sysOptions& so, const struct_emfield& f)
-    : metres(so.f),
-      dx(so.dx == 0 ? 1.0 : so.dx * metres),
-      dy(so.dy == 0 ? 1.0 : so.dy * metres),
-      nx(so.nx == 0 ? 1 : so.nx),
-      ny(so.ny == 0 ? 1 : so.ny),
-      cx(nx / 2),
-      cy(ny / 2),
-      lambda(f.lambda * metres) {
-  const double dz = so.dz == 0 ? 1.0 : so.dz * metres;
+    : Frame(so), cx(nx / 2), cy(ny / 2), lambda(f.lambda * metres) {
   const double nu0 = 1.0 / lambda;
   const double theta = f.theta * kPi / 180.0;
   const double phi = f.phi * kPi / 180.0;

@@ -6,16 +6,14 @@
 #include <initializer_list>
 #include <utility>
 
+#include "constants.h"
 #include "log.h"
-#include "system/system.h"
+#include "system/slab.h"
 
 namespace waves {
 
-constexpr double kTwoPi = 6.2831853;  // the system's value, not a truncation to mend
-constexpr double kPi = 3.14159265;
-
 // The locals that all waves share.
-struct Source {
+struct Source : Frame {
   Source(const struct_sysOptions& so, const struct_emfield& f);
 
   // The phase of sample (ix, iy), whose local index is n.
@@ -25,9 +23,6 @@ struct Source {
   [[nodiscard]] double x(int ix) const { return (ix - cx) * dx - x0; }
   [[nodiscard]] double y(int iy) const { return (iy - cy) * dy - y0; }
 
-  double metres;  // per file unit
-  double dx, dy;
-  int nx, ny;
   int cx, cy;  // the sample at 0
   double lambda;
   double sx, sy, sz;

@@ -5,7 +5,6 @@
 #include "wpm/wpm.h"
 
 using waves::fill_slice;
-using waves::kPi;
 using waves::report_wave;
 using waves::Source;
 

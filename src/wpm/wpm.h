@@ -46,13 +46,13 @@ double init_random_wave(cpx* E, double* F, const cpx* N, const struct_sysOptions
 
 // Lays the waves, in order, on a slice of the field and of the flux, [ny][nx] each; N0 is slice 0
 // of the index. A wave replaces those before it, or is added to them if its `add` is set: then the
-// field is the sum, and the flux that of the sum. Returns the first wavelength that isn't 0, in
-// metres; 0 if there is none. A size of 0 counts as 1. A field that is zero everywhere or not
-// finite draws a warning with the likely reason.
-double lay_incident_field(cpx* E0, double* F0, const cpx* N0, const struct_sysOptions& so,
-                          const std::vector<struct_emfield>& fields, bool is_quiet);
+// field is the sum, and the flux that of the sum. A size of 0 counts as 1. A field that is zero
+// everywhere or not finite draws a warning with the likely reason.
+void lay_incident_field(cpx* E0, double* F0, const cpx* N0, const struct_sysOptions& so,
+                        const std::vector<struct_emfield>& fields, bool is_quiet);
 
 // The same on slice 0 of a volume, [nz][ny][nx]; clears all later slices of E and, if not null, F.
+// Returns the vacuum wavelength.
 double init_E(cpx* E, double* F, const cpx* N, const struct_sysOptions* so,
               const std::vector<struct_emfield>* fields, bool is_quiet);
 

@@ -7,6 +7,7 @@
 #include <numeric>
 #include <sstream>
 
+#include "constants.h"
 #include "io/io.h"
 #include "support/process.h"
 #include "support/scene.h"
@@ -36,7 +37,7 @@ inline RunContext context_of(const Scene& scene) {
   run.options = "-i a.cfg -p";
   run.version = "Version 0.10";
   run.k0 = scene.k0;
-  run.lambda = 6.2831853 / scene.k0;
+  run.lambda = kTwoPi / scene.k0;
   return run;
 }
 

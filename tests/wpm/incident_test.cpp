@@ -7,6 +7,7 @@
 
 #include "diagnostics.h"
 #include "support/process.h"
+#include "system/description.h"
 #include "wpm/field_sources.h"
 #include "wpm/lp01.h"
 #include "wpm/sampled_field.h"
@@ -24,8 +25,8 @@ struct Bench {
     so.dx = 0.25, so.dy = 0.5, so.dz = 0.1, so.f = 1e-6;
     so.sysname = "a.cfg";
   }
-  double lay(const std::vector<struct_emfield>& waves) {
-    return lay_incident_field(E.data(), F.data(), N.data(), so, waves, true);
+  void lay(const std::vector<struct_emfield>& waves) {
+    lay_incident_field(E.data(), F.data(), N.data(), so, waves, true);
   }
   [[nodiscard]] double flux() const { return std::accumulate(F.begin(), F.end(), 0.0); }
   [[nodiscard]] cpx at(int i, int j) const { return E[static_cast<std::size_t>(j * 16 + i)]; }
@@ -80,7 +81,8 @@ TEST(Incident, FibreModeStandsAroundItsPlaceAndCarriesItsFlux) {
   Bench bench;
   struct_emfield f = wave(LP01, 2);
   f.x = 0.5, f.y = -1, f.r = 0.9, f.n = 1.5, f.ne = 1.45;
-  EXPECT_EQ(bench.lay({f}), 1e-6);
+  bench.lay({f});
+  EXPECT_EQ(vacuum_wavelength({f}, bench.so.f), 1e-6);
   const Lp01 mode(0.9e-6, 1.5, 1.45, 2 * M_PI * 1e6);
   EXPECT_NEAR(bench.at(10, 4).real(), 2.0, 1e-12);
   EXPECT_NEAR(bench.at(14, 6).real(), 2 * mode(std::hypot(1.0, 1.0) * 1e-6), 1e-8);

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "support/scene.h"
-#include "wpm/sampling.h"
+#include "wpm/axes.h"
 #include "wpm/transfer.h"
 
 namespace {
@@ -38,7 +38,7 @@ class Store : public testing::Test {
 
   Scene scene;
   wpm::Axis x, y;
-  wpm::Sampling axes;
+  wpm::Axes axes;
   wpm::TransferStore store;
 };
 

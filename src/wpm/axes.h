@@ -8,8 +8,9 @@
 namespace wpm {
 
 // What init_X and init_F make of a grid. On odd sizes the last frequency is 0.
-struct Sampling {
-  explicit Sampling(const Grid& grid);
+struct Axes {
+  Axes() = default;
+  explicit Axes(const Grid& grid);
 
   std::vector<cpx> KX, KY;   // [nx], [ny] rad/m, transform order
   std::vector<double> X, Y;  // [nx], [ny] m, centred

@@ -1,11 +1,10 @@
-#include "wpm/sampling.h"
+#include "wpm/axes.h"
 
+#include "constants.h"
 #include "wpm/wpm.h"
 
 namespace wpm {
 namespace {
-
-constexpr double kTwoPi = 6.2831853;  // the axes' value
 
 std::size_t count(int n) {
   return static_cast<std::size_t>(n > 0 ? n : 0);
@@ -13,7 +12,7 @@ std::size_t count(int n) {
 
 }  // namespace
 
-Sampling::Sampling(const Grid& grid)
+Axes::Axes(const Grid& grid)
     : KX(count(grid.nx)), KY(count(grid.ny)), X(count(grid.nx)), Y(count(grid.ny)) {
   init_X(X.data(), grid.nx, grid.dx);
   init_X(Y.data(), grid.ny, grid.dy);
