@@ -99,10 +99,16 @@ void tell_what_the_edge_took(const Run& run) {
 
 }  // namespace
 
+void empty_files_of(Branch branch) {
+  const BranchFiles& files = files_of(branch);
+  if (ranks::is_first()) empty_results({files.E, files.F, files.profile});
+}
+
 BranchResult march_branch(Run& run, Branch branch, Stepper& stepper, double planning_seconds,
                           cpx* E, double* F) {
   const Options& options = run.options;
   const RunState* state = run.resumed && run.resumed->branch == branch ? &*run.resumed : nullptr;
+  if (state == nullptr) empty_files_of(branch);
   Hangings hangings(run, branch);
   const std::unique_ptr<Slices> slices = slices_of(run, stepper, E, F, state);
   MarchTimes times;

@@ -18,6 +18,9 @@ struct BranchFiles {
 };
 const BranchFiles& files_of(Branch branch);
 
+// Empties the branch's files. Called after the last check that can refuse the branch.
+void empty_files_of(Branch branch);
+
 // What a march left behind.
 struct BranchResult {
   double step_ms = 0;        // without planning, painting and files

@@ -33,8 +33,7 @@ void require_kernel_options(const Options& options) {
                     "square in threads");
 }
 
-void require_success() {
-  cudaDeviceSynchronize();
+void require_no_error() {
   const cudaError_t error = cudaGetLastError();
   if (error == cudaSuccess) return;
   std::cout << "\033[31m***ERROR*** " << error << " - " << cudaGetErrorString(error) << "***\033[0m"
@@ -43,6 +42,11 @@ void require_success() {
                     (error == cudaErrorInvalidConfiguration
                          ? "; a block edge of 1 to 32 (-b) suits every device"
                          : "; is another program using it up? The CPU runs the same with -p"));
+}
+
+void require_success() {
+  cudaDeviceSynchronize();
+  require_no_error();
 }
 
 void report_shared_memory_kernel(const Options& options) {
@@ -82,6 +86,8 @@ void run_volumes(Run& run) {
   log << "\tKernel call ...\t\t" << std::flush;
   require_kernel_options(run.options);
   run.kernel_ms = propagate_volumes(run, *device);
+  require_no_error();  // of the launches, which return before the device is done
+  empty_files_of(Branch::kDevice);
   require_success();
   log_timed(log, run.kernel_ms);
   phase(log, "\tCopy data D2H ...\t", [&] { device->download(run); });

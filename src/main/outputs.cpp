@@ -3,6 +3,7 @@
 
 #include "diagnostics.h"
 #include "io/io.h"
+#include "main/branch.h"
 #include "main/hangings.h"
 #include "main/identity.h"
 #include "main/stages.h"
@@ -18,12 +19,15 @@ struct Outputs {
 
   explicit Outputs(const Run& run) {
     const Options& options = run.options;
-    if (options.is_gpu)
-      results.insert(results.end(), {"E_gpu.csv", "EFlux_gpu.csv", "EFlux_gpu_Z.csv"});
-    if (options.is_cpu)
-      results.insert(results.end(), {"E_cpu.csv", "EFlux_cpu.csv", "EFlux_cpu_Z.csv"});
+    if (options.is_gpu) add_results(Branch::kDevice);
+    if (options.is_cpu) add_results(Branch::kCpu);
     if (options.is_store && !options.record.empty() && !results.empty())
       record.push_back(options.record);
+  }
+
+  void add_results(Branch branch) {
+    const BranchFiles& files = files_of(branch);
+    results.insert(results.end(), {files.E, files.F, files.profile});
   }
 
   [[nodiscard]] std::vector<std::string> all() const {
@@ -59,7 +63,7 @@ void warn_of_plane(const Run& run) {
 
 std::vector<std::string> outputs_of(const Run& run) {
   std::vector<std::string> names = Outputs(run).all();
-  names.emplace_back("wisdom3.txt");
+  if (run.options.is_cpu || run.options.is_gpu) names.emplace_back("wisdom3.txt");
   if (!run.options.checkpoint.empty()) names.push_back(run.options.checkpoint);
   return names;
 }
@@ -75,22 +79,19 @@ void secure_outputs(Run& run) {
   if (!ranks::is_first()) return;
   const Options& options = run.options;
   std::vector<std::string> names = outputs_of(run);
-  for (const Monitor& monitor : run.description.monitors) names.push_back(monitor.file);
+  if (options.is_cpu || options.is_gpu)
+    for (const Monitor& monitor : run.description.monitors) names.push_back(monitor.file);
   refuse_own_input(options.config_file, names);
   refuse_what_was_warned_of(options);
-  if (!options.checkpoint.empty()) {
-    if (options.is_gpu && options.is_compare)
-      diagnostics::fail("--checkpoint cannot hold the two volumes that -c compares; leave out -c");
-    run.identity = identity_of(run);
-    run.resumed = read_checkpoint(options.checkpoint, run.identity);
-    if (run.resumed) {
-      fftwpp::restore_wisdom(run.resumed->wisdom, run.resumed->wisdom_single);
-      diagnostics::note("going on from " + options.checkpoint + ", behind slice " +
-                        std::to_string(run.resumed->slice));
-      return;
-    }
-  }
-  empty_results(Outputs(run).results);
+  if (options.checkpoint.empty()) return;
+  if (options.is_gpu && options.is_compare)
+    diagnostics::fail("--checkpoint cannot hold the two volumes that -c compares; leave out -c");
+  run.identity = identity_of(run);
+  run.resumed = read_checkpoint(options.checkpoint, run.identity);
+  if (!run.resumed) return;
+  fftwpp::restore_wisdom(run.resumed->wisdom, run.resumed->wisdom_single);
+  diagnostics::note("going on from " + options.checkpoint + ", behind slice " +
+                    std::to_string(run.resumed->slice));
 }
 
 void finish(const Run& run) {

@@ -29,8 +29,7 @@ void look_ahead(Run& run);
 void answer_check(Run& run);
 
 // Before anything is written: refuses a run that would overwrite its own configuration or, with
-// --strict, one that was warned of; finds where a stopped run goes on, or empties the results that
-// an earlier one left.
+// --strict, one that was warned of; finds where a stopped run resumes.
 void secure_outputs(Run& run);
 
 // Writes N_sys.csv, E_inp.csv and F_inp.csv.

@@ -80,6 +80,46 @@ TEST_F(DeviceRun, LogFollowsKernelAndBlockSize) {
   }
 }
 
+// The refused runs have another amplitude: what they wrote would show.
+TEST_F(DeviceRun, ARefusedRunKeepsTheResultsOfTheRunBefore) {
+  log_of({"-g", "-p"});
+  const auto results = [&] {
+    std::string all;
+    for (const char* name : {"E_cpu.csv", "EFlux_cpu.csv", "EFlux_cpu_Z.csv", "E_gpu.csv",
+                             "EFlux_gpu.csv", "EFlux_gpu_Z.csv"})
+      all += name + directory.read(name);
+    return all;
+  };
+  const std::string before = results();
+  for (const std::string options :
+       {"-g -p -b 1025", "-g -p -b 33", "-g -p -b 33 --fast", "-g -p -b 0", "-g -p -k 2 -b 1025",
+        "-g -p -x", "-p -l", "-g -p -k", "-g -b", "-g -p --set global.nx=0", "-p --set global.nx=0",
+        "-p --set global.ny=0", "-p --fast --set global.nx=0", "-g -p -c --checkpoint state",
+        "-g -p --strict --nonsense", "-p --threads"}) {
+    const RunResult run = run_shell(directory, "$ZERITH -i a.cfg --set wave1.amp=3 " + options);
+    EXPECT_NE(run.status, 0) << options;
+    EXPECT_NE(run.err, "") << options;
+    EXPECT_EQ(results(), before) << options;
+  }
+}
+
+// A run that cannot go on writing its first file has emptied the others. The pipe takes 64 KB.
+TEST_F(DeviceRun, ABranchThatBeganLeavesNothingOfTheRunBefore) {
+  for (const auto& [branch, other] : {std::pair("gpu", "cpu"), {"cpu", "gpu"}}) {
+    log_of({"-g", "-p"});
+    const std::string kept = directory.read(std::string("E_") + other + ".csv");
+    ASSERT_NE(kept, "");
+    const std::string b = branch;
+    const RunResult run = run_shell(
+        directory, "rm E_" + b + ".csv; mkfifo E_" + b + ".csv; $ZERITH -q -i a.cfg -" +
+                       (b == "gpu" ? "g" : "p") + " -l -1 --set global.nz=900 & exec 3<E_" + b +
+                       ".csv; wc -c <EFlux_" + b + ".csv; wc -c <EFlux_" + b +
+                       "_Z.csv; kill $!; wait; rm E_" + b + ".csv");
+    EXPECT_EQ(run.out, "0\n0\n") << branch;
+    EXPECT_EQ(directory.read(std::string("E_") + other + ".csv"), kept) << branch;
+  }
+}
+
 TEST_F(DeviceRun, SingleSliceLaunchesNothing) {
   directory.write("a.cfg", configuration("nz = 1"));
   EXPECT_EQ(log_of({"-g", "-b", "1024"}), std::string(kFlag) + kBeforeKernel + kBehindKernel);

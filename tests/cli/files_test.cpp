@@ -91,6 +91,26 @@ TEST(Files, FluxProfileIsRelativeToTheFirstSlice) {
   }
 }
 
+// A configuration is refused as an output only if the run writes that output.
+TEST(Files, AConfigurationMayHaveTheNameOfAFileThatIsNotWritten) {
+  const TempDir directory;
+  const std::string monitor =
+      configuration() + "[monitor]\ntype = beam\nfile = beam.csv\n[/monitor]\n";
+  for (const auto& [name, options, status] : {std::tuple("wisdom3.txt", "", 0),
+                                              {"wisdom3.txt", "-p", 255},
+                                              {"beam.csv", "", 0},
+                                              {"beam.csv", "-p", 255},
+                                              {"E_cpu.csv", "", 0},
+                                              {"E_cpu.csv", "-p", 255},
+                                              {"N_sys.csv", "", 255}}) {
+    directory.write(name, monitor);
+    const RunResult run =
+        run_shell(directory, "$ZERITH -q -i " + std::string(name) + " " + options);
+    EXPECT_EQ(run.status, status) << name << options << run.err;
+    EXPECT_EQ(directory.read(name), monitor) << options;
+  }
+}
+
 TEST(Files, RunRecordGrowsByARowPerRun) {
   const TempDir directory;
   directory.write("a.cfg", configuration("nz = 2"));
