@@ -14,12 +14,11 @@ class Unit:
         self.metres = METRES.get(name, 1.0)
 
 
-def suitable_unit(metres):
-    """The unit in which a length of so many metres has few digits."""
-    for name in ("nm", "um", "mm"):
-        if metres < 2e3 * METRES[name]:
-            return Unit(name)
-    return Unit("m")
+def shown_unit(metres):
+    """The unit in which a picture shows lengths of up to so many metres: um from 1 um to 10 mm."""
+    if metres < 1e-6:
+        return Unit("nm")
+    return Unit("um" if metres < 1e-2 else "mm" if metres < 10 else "m")
 
 
 class Configuration:

@@ -1,5 +1,5 @@
-"""Pictures of planes. The colour maps rise in brightness, so they read in grey and by those who
-cannot tell red from green; that of the phase is cyclic."""
+"""Pictures of planes. The colour maps rise in brightness, so they can be read in grey and without
+seeing red and green apart. The map of the phase is cyclic."""
 import numpy as np
 from matplotlib import colors
 from matplotlib.patheffects import withStroke
@@ -9,12 +9,12 @@ MAPS = {"intensity": "magma", "flux": "magma", "real": "viridis", "index": "civi
 LABELS = {"intensity": "intensity |E|²", "flux": "energy flux", "real": "real part of E",
           "index": "refractive index", "phase": "phase of E, degrees",
           "envelope": "envelope |E|"}
-FEWEST_POINTS = 8  # a wavelength; a real part of fewer is a pattern of its own
+FEWEST_POINTS = 8  # samples a wavelength; a real part with fewer shows false fringes
 
 
 def is_too_coarse(plane):
-    """Whether the real part would show fringes that are not there: waves of fewer than eight
-    samples along z, where the wavelength is known, or most of the power at such frequencies."""
+    """Whether the real part would show false fringes: waves have fewer than eight samples along z,
+    if the wavelength is known, or most of the power is at such frequencies."""
     if "z" in plane.names and plane.points_a_wavelength(plane.right) < FEWEST_POINTS:
         return True
     values = np.nan_to_num(plane.values)
@@ -28,8 +28,8 @@ def is_too_coarse(plane):
 
 
 def envelope(plane):
-    """|E|; of a real part alone the root of twice its mean square under a Hann window of some
-    wavelengths of z."""
+    """|E|. For a real part alone: the root of twice its mean square under a Hann window of a few
+    wavelengths along z."""
     if np.iscomplexobj(plane.values):
         return np.abs(plane.values)
     points = plane.points_a_wavelength(plane.right)
@@ -52,13 +52,13 @@ def picture_of(plane, what):
     if what == "phase":
         strength = np.abs(plane.values)
         degrees = np.degrees(np.angle(plane.values))
-        # Where there is no light the phase is noise.
+        # In the dark the phase is noise.
         return np.where(strength > 1e-3 * np.nanmax(strength), degrees, np.nan), "phase"
     return plane.values.real, what
 
 
 def outline_levels(index):
-    """Half way between the indices that take up room; five steps where there are only many."""
+    """Half way between the indices of large areas; five steps if the index is graded."""
     values, counts = np.unique(np.round(index[np.isfinite(index)], 6), return_counts=True)
     materials = values[counts > 0.02 * counts.sum()]
     if len(values) < 2:
@@ -93,8 +93,8 @@ def edges_of(places, unit):
 
 
 def interpolation(kind, values):
-    """Between the samples, where those are fewer than a picture has points; a phase that turns over
-    and the step between two materials are shown as they are."""
+    """How to fill the pixels between samples. A phase that wraps and a step between materials are
+    not smoothed."""
     if kind in ("phase", "index") or not np.isfinite(values).all() or min(values.shape) > 300:
         return "antialiased"
     return "bicubic"

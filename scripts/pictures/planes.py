@@ -5,7 +5,7 @@ from pathlib import Path
 
 import numpy as np
 
-from pictures.configuration import Configuration, Unit, suitable_unit
+from pictures.configuration import Configuration, Unit, shown_unit
 
 AXES = {"xy": ("x", "y"), "xz": ("z", "x"), "yz": ("z", "y")}  # to the right, upwards
 
@@ -21,7 +21,7 @@ class Plane:
     right: np.ndarray
     up: np.ndarray
     names: tuple          # of the axes
-    unit: Unit
+    unit: Unit            # in which lengths are shown
     wavelength: float = 0.0  # in vacuum, metres; 0 if not known
     where: str = ""          # the third coordinate, in words
     index: np.ndarray = None  # [up][right], real, if known
@@ -48,15 +48,15 @@ def read_csv_plane(name):
     except OSError as error:
         raise PlotError(f"{name}: {error.strerror}") from None
     except ValueError:
-        raise PlotError(f"{name}: holds no plane of numbers, nor a table with a header") from None
+        raise PlotError(f"{name}: has no plane of numbers, nor a table with a header") from None
     if not rows or any(len(row) != len(rows[0]) for row in rows):
-        raise PlotError(f"{name}: holds no plane of numbers")
+        raise PlotError(f"{name}: has no plane of numbers")
     return np.array(rows)
 
 
 def csv_plane(name, configuration, plane, index_name):
-    """A cross-section. Which plane it is follows from its size, where the configuration leaves no
-    doubt; without one the axes count samples."""
+    """A cross-section. Its size and the configuration decide which plane it is. Without a
+    configuration the axes count samples."""
     lines = read_csv_plane(name)
     if configuration is None:
         values = lines.T if plane in ("xz", "yz") else lines
@@ -76,8 +76,8 @@ def csv_plane(name, configuration, plane, index_name):
             count = configuration.samples(axis)
             first = 0 if axis == "z" else count // 2
             places.append((np.arange(count) - first) * configuration.spacing(axis))
-        found = Plane(lines if plane == "xy" else lines.T, *places, names, configuration.unit,
-                      configuration.wavelength)
+        found = Plane(lines if plane == "xy" else lines.T, *places, names,
+                      shown_unit(max(map(np.ptp, places))), configuration.wavelength)
     if index_name:
         index = read_csv_plane(index_name)
         if index.shape != lines.shape:
@@ -110,11 +110,11 @@ class FieldFile:
         written = self.single("slices_written")
         slices = len(self.places("z"))
         if written is not None and written < slices:
-            print(f"plot: {self.name}: the run was interrupted; {written} of {slices} slices hold "
-                  f"the field", file=sys.stderr)
+            print(f"plot: {self.name}: the run was interrupted; {written} of {slices} slices have "
+                  f"a field", file=sys.stderr)
 
     def single(self, name):
-        """The value of a data set that holds one, outside of the image; None if there is none."""
+        """The only value of a data set outside of the image; None if the file has no such set."""
         return self.file[name][()] if name in self.file else None
 
     def quantities(self):
@@ -129,7 +129,7 @@ class FieldFile:
             int(extent[2 * number]), int(extent[2 * number + 1]) + 1)
 
     def plane(self, quantity, plane, at):
-        """A plane of a data set, complex where that has two parts; at in the file's unit."""
+        """A plane of a data set, complex if that has two parts; at in the configuration's unit."""
         data = self.group["PointData"][quantity]
         counts = dict(zip("zyx", data.shape))
         if plane is None:  # the thin direction, or the plane through the axis
@@ -138,7 +138,8 @@ class FieldFile:
         third = next(axis for axis in "xyz" if axis not in plane)
         places = self.places(third)
         extent = max(np.ptp(self.places(axis)) for axis in plane)
-        unit = self.configuration.unit if self.configuration else suitable_unit(extent)
+        shown = shown_unit(extent)
+        unit = self.configuration.unit if self.configuration else shown
         if at is None:
             wanted = places[-1] if third == "z" else 0.0
         else:
@@ -146,7 +147,7 @@ class FieldFile:
         k = int(np.argmin(np.abs(places - wanted)))
         half = abs(self.spacing["xyz".index(third)]) / 2 * 1.001
         if at is not None and abs(places[k] - wanted) > half:
-            raise PlotError(f"{self.name}: {third} = {at:g} {unit.name} lies outside of "
+            raise PlotError(f"{self.name}: {third} = {at:g} {unit.name} is outside of "
                             f"{places[0] / unit.metres:g} to {places[-1] / unit.metres:g}")
         cut = tuple(k if axis == third else slice(None) for axis in "zyx")
         values = data[cut]
@@ -155,8 +156,8 @@ class FieldFile:
         right, up = AXES[plane]
         wavelength = float(self.single("wavelength") or 0.0)
         return Plane(values if plane == "xy" else values.T, self.places(right), self.places(up),
-                     (right, up), unit, wavelength,
-                     f"{third} = {places[k] / unit.metres:.4g} {unit.name}")
+                     (right, up), shown, wavelength,
+                     f"{third} = {places[k] / shown.metres:.4g} {shown.name}")
 
 
 def as_text(value):
@@ -172,7 +173,7 @@ def field_plane(name, what, plane, at, index_name):
         if quantity in file.quantities():
             break
     else:
-        raise PlotError(f"{name}: holds {', '.join(file.quantities())}, from which {what} cannot "
+        raise PlotError(f"{name}: has {', '.join(file.quantities())}, from which {what} cannot "
                         f"be drawn; add it to save = in the [monitor]")
     found = file.plane(quantity, plane, at)
     if quantity == "E" and what == "intensity":
@@ -188,8 +189,8 @@ def field_plane(name, what, plane, at, index_name):
 
 
 def index_of(file, plane, at, name):
-    """The index of a plane: from a cross-section, another field file or the same; None if there is
-    none."""
+    """The index of a plane, from a cross-section, another field file or the same file; None if
+    the file has no index."""
     if name and name.endswith(".csv"):
         lines = read_csv_plane(name)
         return lines if "z" not in plane.names else lines.T

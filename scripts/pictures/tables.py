@@ -4,9 +4,14 @@ import re
 
 import numpy as np
 
+from pictures.configuration import METRES, Unit, shown_unit
 from pictures.planes import PlotError
 
 SWEPT = re.compile(r"(global|wave\d*|layer\d*|monitor\d*)\.\w+$")
+LENGTH = re.compile(r" \[(%s)\]$" % "|".join(METRES))
+# Keys of a configuration that are lengths; a swept column has no unit of its own.
+LENGTH_KEYS = set("x y z edge lambda sigmax sigmay waist waistx waisty dx dy dz r rin rout px py wx wy "
+                  "offsetx offsety x1 x2 y1 y2 z1 z2".split())
 MOST_PANELS = 6
 
 
@@ -40,16 +45,35 @@ class Table:
         return keys
 
     def texts(self, column):
-        """The column as it stands."""
+        """The column as text."""
         place = self.header.index(column)
         return [line[place] for line in self.lines]
 
     def numbers(self, column):
-        """The column as numbers; NaN for what is none."""
+        """The column as numbers; NaN for other texts."""
         return np.array([as_number(text) for text in self.texts(column)])
 
+    def unit(self, column):
+        """The unit of a column of lengths; None if it has other values."""
+        if match := LENGTH.search(column):
+            return Unit(match[1])
+        if column in self.swept() and column.split(".")[1] in LENGTH_KEYS:
+            units = [match[1] for name in self.header if (match := LENGTH.search(name))]
+            return Unit(units[0]) if units else None
+        return None
+
+    def shown(self, column):
+        """Values and label of a column in a picture: lengths in the unit with few digits."""
+        values, unit = self.numbers(column), self.unit(column)
+        if unit is None or not np.isfinite(values).any():
+            return values, column
+        shown = shown_unit(float(np.nanmax(np.abs(values))) * unit.metres)
+        # Powers of ten: a division keeps 55000 nm at 55 um.
+        ratio = round(shown.metres / unit.metres, 12)
+        return values / ratio, f"{LENGTH.sub('', column)} [{shown.name}]"
+
     def figures(self):
-        """Columns that hold numbers and are no coordinate."""
+        """Columns of numbers other than coordinates."""
         passed = set(self.swept()) | {"status", "message"}
         return [column for column in self.header
                 if column not in passed and not re.match(r"(.*\.)?(slice|z)\b", column)
@@ -87,7 +111,7 @@ def draw_table(figure, table, wanted, logarithmic):
         telling = [column for column in columns if re.search(r"efficiency|coupling", column)]
         columns = telling[:1] if swept and telling else columns[:1 if swept else MOST_PANELS]
     if not columns:
-        raise PlotError(f"{table.name}: no column holds figures; the monitors of a sweep's points "
+        raise PlotError(f"{table.name}: no column has figures; the monitors of a sweep's points "
                         f"give them")
     if len(varied) == 2:
         draw_map(figure, table, varied, columns[0], logarithmic)
@@ -99,48 +123,53 @@ def draw_table(figure, table, wanted, logarithmic):
 
 def draw_curves(figure, table, across, columns, logarithmic, is_marked):
     """One panel a column, above each other."""
-    places = table.numbers(across)
+    places, label = table.shown(across)
     is_named = not np.isfinite(places).all()
     if is_named:
         places = np.arange(len(table.lines), dtype=float)
     order = np.argsort(places, kind="stable")
     panels = figure.subplots(len(columns), 1, sharex=True, squeeze=False)[:, 0]
     for axes, column in zip(panels, columns):
-        values = table.numbers(column)
+        values, name = table.shown(column)
         axes.plot(places[order], values[order], "o-" if is_marked else "-", markersize=4,
                   color="tab:blue")
-        axes.set_ylabel(column)
+        axes.set_ylabel(name)
         axes.grid(alpha=0.3)
         if logarithmic:
             axes.set_yscale("log")
-        axes.margins(y=0.1)
+        axes.margins(y=0.15)
         if is_marked and np.isfinite(values).any():
             best = int(np.nanargmax(values))
-            axes.annotate(f"{values[best]:.4g} at {table.texts(across)[best]}",
+            place = table.texts(across)[best] if is_named else f"{places[best]:g}"
+            axes.annotate(f"{values[best]:.4g} at {place}",
                           (places[best], values[best]), textcoords="offset points",
                           xytext=(0, 7), ha="center", fontsize="small")
     if is_named:
         panels[-1].set_xticks(places, table.texts(across))
-    panels[-1].set_xlabel(across)
+    panels[-1].set_xlabel(label)
 
 
 def draw_map(figure, table, keys, column, logarithmic):
     """A sweep of two keys as a map; a point that is missing or has failed stays white."""
     from matplotlib import colors
-    places = []
+    places, labels, ticks = [], [], []
     for key in keys:
         texts = list(dict.fromkeys(table.texts(key)))
-        places.append(sorted(texts, key=as_number)
-                      if all(np.isfinite(as_number(text)) for text in texts) else texts)
+        numbers, label = table.shown(key)
+        is_named = not np.isfinite(numbers).all()
+        places.append(texts if is_named else sorted(texts, key=as_number))
+        shown = dict(zip(table.texts(key), numbers))
+        ticks.append([text if is_named else f"{shown[text]:g}" for text in places[-1]])
+        labels.append(label)
     values = np.full((len(places[1]), len(places[0])), np.nan)
     for first, second, value in zip(*(table.texts(key) for key in keys), table.numbers(column)):
         values[places[1].index(second), places[0].index(first)] = value
     axes = figure.add_subplot()
     image = axes.imshow(values, origin="lower", aspect="auto", cmap="viridis",
                         norm=colors.LogNorm() if logarithmic else None)
-    for set_ticks, texts in ((axes.set_xticks, places[0]), (axes.set_yticks, places[1])):
+    for set_ticks, texts in ((axes.set_xticks, ticks[0]), (axes.set_yticks, ticks[1])):
         step = -(-len(texts) // 12)
         set_ticks(range(0, len(texts), step), texts[::step])
-    axes.set_xlabel(keys[0])
-    axes.set_ylabel(keys[1])
+    axes.set_xlabel(labels[0])
+    axes.set_ylabel(labels[1])
     figure.colorbar(image, ax=axes, label=column)

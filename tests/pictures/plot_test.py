@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""scripts/plot: what is drawn is what the file holds, at the places where it lies."""
+"""scripts/plot draws the values of the file at their places, with lengths in um."""
 import subprocess
 import sys
 import tempfile
@@ -85,9 +85,9 @@ class Pictures(unittest.TestCase):
             self.assertEqual(found.unit.name, "µm")
         found = planes.field_plane(name, "intensity", None, None, None)  # the plane of the axis
         np.testing.assert_allclose(found.values, np.abs(field[:, 6, :].T) ** 2)
-        with self.assertRaisesRegex(planes.PlotError, "z = 12.1 .m lies outside of 0 to 11.875"):
+        with self.assertRaisesRegex(planes.PlotError, "z = 12.1 .m is outside of 0 to 11.875"):
             planes.field_plane(name, "real", "xy", 12.1, None)
-        with self.assertRaisesRegex(planes.PlotError, "holds E, from which flux cannot be drawn"):
+        with self.assertRaisesRegex(planes.PlotError, "has E, from which flux cannot be drawn"):
             planes.field_plane(name, "flux", None, None, None)
 
     def test_pictures_show_values_units_and_outlines(self):
@@ -140,6 +140,11 @@ class Pictures(unittest.TestCase):
         np.testing.assert_allclose(found.right, Z * 1e-6)
         np.testing.assert_allclose(found.up, X * 1e-6)
         self.assertEqual(found.wavelength, 1.5e-6)
+        in_nm = Configuration(CONFIGURATION.replace("scale = um", "scale = nm")
+                              .replace("= 8 ;", "= 8000 ;").replace("z = 12", "z = 12000"))
+        same = planes.csv_plane(str(self.path / "E_cpu.csv"), in_nm, "xz", None)
+        np.testing.assert_allclose(same.right, Z * 1e-6)
+        self.assertEqual((found.unit.name, same.unit.name), ("µm", "µm"))
         with self.assertRaisesRegex(planes.PlotError, "96 lines of 16 values are no yz"):
             planes.csv_plane(str(self.path / "E_cpu.csv"), Configuration(CONFIGURATION), "yz", None)
 
@@ -157,8 +162,8 @@ class Pictures(unittest.TestCase):
         self.assertRegex(self.run_plot("f.vtkhdf").stderr, "interrupted; 7 of 96 slices")
         for words, message in (
                 (["none.csv"], "none.csv: No such file"), (["none.h5"], "none.h5: .*no such file"),
-                (["b.csv"], "b.csv: holds no plane"), (["run.cfg"], "run.cfg: cannot be read"),
-                (["E_cpu.csv", "--what", "phase"], "holds real parts, from which phase"),
+                (["b.csv"], "b.csv: has no plane"), (["run.cfg"], "run.cfg: cannot be read"),
+                (["E_cpu.csv", "--what", "phase"], "has real parts, from which phase"),
                 (["E_cpu.csv", "--config", "run.cfg"], "2 lines of 3 values are no plane of a grid"),
                 (["E_cpu.csv", "--index", "b.csv"], "b.csv"), (["E_cpu.csv", "--size", "9"], "--size 9"),
                 (["E_cpu.csv", "out.tiffany"], "plot: .*tiffany")):
@@ -178,6 +183,10 @@ class Pictures(unittest.TestCase):
         self.assertEqual([axes.get_ylabel() for axes in figure.axes], ["power (W)", "width (um)"])
         self.assertEqual(figure.axes[-1].get_xlabel(), "z (um)")
         np.testing.assert_array_equal(figure.axes[1].lines[0].get_xydata(), [[0, 2], [1.5, 2.5]])
+        figure = self.draw_table("slice [1],z [nm],width [nm],power [W]\n0,0,800,4\n4,1500,900,3\n")
+        self.assertEqual([axes.get_ylabel() for axes in figure.axes], ["width [nm]", "power [W]"])
+        self.assertEqual(figure.axes[-1].get_xlabel(), "z [µm]")
+        np.testing.assert_array_equal(figure.axes[0].lines[0].get_xydata(), [[0, 800], [1.5, 900]])
         with self.assertRaisesRegex(planes.PlotError, "no column what; columns are slice, z"):
             self.draw_table("slice,z (um),power (W)\n0,0,4\n", "what")
 
@@ -187,6 +196,13 @@ class Pictures(unittest.TestCase):
         line = figure.axes[0].lines[0].get_xydata()
         np.testing.assert_array_equal(line, [[10, 0.25], [30, 0.5]])
         self.assertIn("0.5 at 30", figure.axes[0].texts[0].get_text())
+        nanometres = "layer2.z,layer2.n,beam.z [nm],lp01.efficiency,status,message\n"
+        figure = self.draw_table(nanometres + "30500,1.5,1,0.5,0,\n10000,1.5,1,0.25,0,\n")
+        np.testing.assert_array_equal(figure.axes[0].lines[0].get_xdata(), [10, 30.5])
+        self.assertEqual(figure.axes[0].get_xlabel(), "layer2.z [µm]")
+        self.assertIn("0.5 at 30.5", figure.axes[0].texts[0].get_text())
+        figure = self.draw_table(nanometres + "3000,1.5,1,0.5,0,\n3000,1.6,1,0.25,0,\n")
+        self.assertEqual(figure.axes[0].get_xlabel(), "layer2.n")  # no length
         figure = self.draw_table(head.format("wave.lambda,") + "20,1,0,0.1,0,\n10,1,0,0.2,0,\n"
                                  "10,2,0,0.3,0,\n20,2,,,1,\n", "efficiency")
         image = figure.axes[0].images[0].get_array()
