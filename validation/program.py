@@ -39,7 +39,7 @@ class ProgramFailed(Exception):
 
 
 class Program:
-    """The built zerith; the folders of its runs go away with the object."""
+    """The built zerith; the folders of its runs are removed with the object."""
 
     def __init__(self, path):
         self.path = Path(path).resolve()

@@ -8,7 +8,7 @@ class Row:
     """One figure beside its closed form. The difference is relative to the closed form unless
     is_absolute; a bound of None only reports."""
     figure: str
-    source: str        # the closed form and where it stands
+    source: str        # the closed form and its source
     expected: float
     measured: float
     bound: float
@@ -22,7 +22,7 @@ class Row:
         return difference if self.is_absolute else difference / self.expected
 
     @property
-    def holds(self):
+    def passes(self):
         """False also for what is not a number."""
         return math.isfinite(self.measured) and abs(self.difference) <= self.bound
 
@@ -31,7 +31,7 @@ class Row:
         mark = "" if self.is_absolute else " rel."
         return [self.case, self.figure, self.source, f"{self.expected:.7g}", f"{self.measured:.7g}",
                 f"{self.difference:+.1e}{mark}", f"{self.bound:.1e}",
-                "holds" if self.holds else "FAILS"]
+                "passes" if self.passes else "FAILS"]
 
 
 HEADER = ["case", "figure", "closed form", "value", "zerith", "difference", "bound", "verdict"]
@@ -42,7 +42,7 @@ class Problem:
     """A case that gave no rows, and why."""
     case: str
     why: str
-    holds = False
+    passes = False
 
     def cells(self):
         """The row as texts."""

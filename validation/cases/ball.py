@@ -1,8 +1,8 @@
 """Ball in a plane wave.
 
 A ball of radius 5 wavelengths, two lenses back to back with faces in 8 levels; the edges absorb.
-Where the light is brightest behind the ball, how bright, and the root mean square difference of the
-field on the axis from 1 to 12 wavelengths behind it, over its root mean square. The bounds are what
+Where the light is brightest after the ball, how bright, and the root mean square difference of the
+field on the axis from 1 to 12 wavelengths after it, over its root mean square. The bounds are what
 the method does at steep faces, where it takes no account of how index and direction vary together;
 finer grids do not change it.
 """
@@ -17,7 +17,7 @@ SLICES = 10  # a wavelength
 
 
 def field_on_axis(program, index):
-    """The field behind the ball's centre and the places, in wavelengths."""
+    """The field after the ball's centre and the places, in wavelengths."""
     length = 24
     grid = domain(40000, 1000 * length, 160, SLICES * length, edge=6000)
     wave = {"shape": "plane", "lambda": 1000.0, "amp": 1}
@@ -32,19 +32,19 @@ def field_on_axis(program, index):
 def rows(program):
     for index, bounds in ((1.2, (0.1, 0.03, 0.13)), (1.5, (0.2, 0.05, 0.2))):
         field, z = field_on_axis(program, index)
-        behind = (z >= RADIUS + 1) & (z <= RADIUS + 12)
-        exact = on_axis(index, RADIUS, z[behind], 1.0)
+        after = (z >= RADIUS + 1) & (z <= RADIUS + 12)
+        exact = on_axis(index, RADIUS, z[after], 1.0)
         fine = np.linspace(RADIUS + 0.05, RADIUS + 12, 4000)
         bright = np.abs(on_axis(index, RADIUS, fine, 1.0)) ** 2
         outside = z > RADIUS + 0.05
         here = np.abs(field[outside]) ** 2
         yield Row(f"index {index}: brightest intensity", "partial waves, Morse & Ingard 8.2",
                   bright.max(), here.max(), bounds[0])
-        yield Row(f"index {index}: its place, wavelengths behind the centre", "partial waves",
+        yield Row(f"index {index}: its place, wavelengths after the centre", "partial waves",
                   fine[bright.argmax()], z[outside][here.argmax()], bounds[1])
         # One phase for all: that of the way to the ball.
-        turn = np.vdot(field[behind], exact)
-        error = np.abs(field[behind] * turn / abs(turn) - exact)
+        turn = np.vdot(field[after], exact)
+        error = np.abs(field[after] * turn / abs(turn) - exact)
         yield Row(f"index {index}: difference of the field on the axis", "0", 0.0,
                   np.sqrt(np.mean(error ** 2) / np.mean(np.abs(exact) ** 2)), bounds[2],
                   is_absolute=True)

@@ -17,6 +17,6 @@ def rows(program):
                                              for samples in (40, 80, 160)])):
         first, second = np.diff(found)
         yield Row(f"order in {name}", {1: "1: a step knows the index at its end",
-                                       2: "2: the samples stand for their cells"}[order],
+                                       2: "2: the samples represent their cells"}[order],
                   order, np.log2(abs(first / second)), 0.5, is_absolute=True)
         yield Row("change by the last halving", "0", 0.0, second, 1e-4, is_absolute=True)

@@ -1,7 +1,7 @@
 """Directional coupler.
 
-Two cores of 1.465 in 1.45, 1.5 wavelengths in radius and 4 apart; LP01 goes into one of them. Where
-the other holds most of the light.
+Two cores of 1.465 in 1.45, 1.5 wavelengths in radius and 4 apart; LP01 enters one of them. The
+place where the other has most of the light.
 """
 import numpy as np
 

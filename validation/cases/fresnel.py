@@ -14,7 +14,7 @@ WIDTH = 8000  # nm
 
 
 def power(program, n_i, n_t, degrees, polarization):
-    """Flux behind the face over that before it."""
+    """Flux after the face over that before it."""
     sine = n_i * np.sin(np.radians(degrees))
     tilted = sine > 0
     wavelength = float(WIDTH * sine) if tilted else 1000.0

@@ -37,4 +37,4 @@ def rows(program):
     power = program.run(configuration(grid, wave, [{"z": 200100, "n": 1.5}],
                                       [MONITOR])).table("beam.csv")["power"]
     # Two pi is cut at 6.2831853, which lets a little of every wave leak into others at each step.
-    yield Row("power behind 2000 steps over that before", "1", 1.0, power[-1] / power[0], 2e-6)
+    yield Row("power after 2000 steps over that before", "1", 1.0, power[-1] / power[0], 2e-6)

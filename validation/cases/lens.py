@@ -1,7 +1,7 @@
 """Plano-convex lens.
 
 A Gaussian beam of waist 6 wavelengths meets the round face, of radius 40; faces in 8 levels. Where
-it is narrowest behind the flat face, and how wide there. Spherical aberration, at most (7/6) w^2/f
+it is narrowest after the flat face, and how wide there. Spherical aberration, at most (7/6) w^2/f
 of the way, and the true angles are left out of the closed form.
 """
 import numpy as np

@@ -1,7 +1,7 @@
 """Thin grating of equal bars, a phase of pi between them.
 
 Bars of index 1.5 in 1, a wavelength thick, in one step; light straight on, no losses at the faces.
-The grating's edges lie between samples, 256 of them a period.
+The grating's edges are between samples, 256 of them a period.
 """
 import numpy as np
 

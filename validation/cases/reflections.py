@@ -1,6 +1,6 @@
 """What the method leaves out: reflections.
 
-A slab in air between its faces: the light that goes to and fro is not there, so a clear slab, a
+A slab in air between its faces: the multiply reflected light is not there, so a clear slab, a
 whole number of half wavelengths thick, lets through what its two faces would alone.
 """
 from forms.faces import slab_transmission, transmitted_power

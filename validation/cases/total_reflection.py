@@ -1,4 +1,4 @@
-"""Decay behind a totally reflecting face.
+"""Decay after a totally reflecting face.
 
 At 60 degrees in 1.5 against vacuum. Behind the face the wave has one phase in z, so the real parts
 at one sample fall as the amplitude does.

@@ -2,7 +2,7 @@
 
 Equal bars of 1.5 + 0.0157 and 1.5 - 0.0157, of which the first harmonic is 2/pi of the step: an
 index that varies by +-0.01. Period 2 wavelengths in the medium, lit at Bragg's angle; the share of
-the light in the first order behind 10, 20 and 40 wavelengths.
+the light in the first order after 10, 20 and 40 wavelengths.
 """
 import numpy as np
 

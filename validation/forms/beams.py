@@ -28,7 +28,7 @@ def gaussian_second_moment(waist, z, wavelength):
 
 
 def hole_on_axis(radius, z, wavelength):
-    """|E|^2 on the axis behind a round hole in a plane wave of unit amplitude:
+    """|E|^2 on the axis after a round hole in a plane wave of unit amplitude:
     1 + (z/d)^2 - 2 (z/d) cos k(d - z), d = sqrt(z^2 + a^2), the first Rayleigh-Sommerfeld integral
     in closed form. Osterberg & Smith, J. Opt. Soc. Am. 51, 1050 (1961)."""
     d = np.hypot(z, radius)
@@ -43,7 +43,7 @@ def talbot_length(period, wavelength):
 
 
 def waist_behind_lens(waist, focal, wavelength):
-    """Distance of the waist behind a thin lens that a collimated Gaussian beam meets at its waist,
+    """Distance of the waist after a thin lens that a collimated Gaussian beam meets at its waist,
     and its radius. Saleh & Teich, Fundamentals of Photonics, 3.2-15 and 3.2-17."""
     rayleigh = np.pi * waist ** 2 / wavelength
     return (focal / (1 + (focal / rayleigh) ** 2),

@@ -15,7 +15,7 @@ def transmitted_power(n_i, n_t, degrees, polarization):
 
 
 def evanescent_rate(n_i, n_t, degrees, wavelength):
-    """Fall of the amplitude behind a totally reflecting face, per length."""
+    """Fall of the amplitude after a totally reflecting face, per length."""
     return 2 * np.pi / wavelength * np.sqrt((n_i * np.sin(np.radians(degrees))) ** 2 - n_t ** 2)
 
 

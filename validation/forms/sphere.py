@@ -8,7 +8,7 @@ def _hankel(order, x, derivative=False):
 
 
 def on_axis(index, radius, z, wavelength):
-    """Field at places z > radius behind the centre, on the axis, of exp(i k z) scattered by a ball
+    """Field at places z > radius after the centre, on the axis, of exp(i k z) scattered by a ball
     in a medium of index 1; field and its slope are continuous at its face:
     E = exp(i k z) + sum (2 l + 1) i^l a_l h_l(k z),
     a_l = -(n j_l'(n x) j_l(x) - j_l'(x) j_l(n x)) / (n j_l'(n x) h_l(x) - h_l'(x) j_l(n x)).
