@@ -98,10 +98,10 @@ class Sphere(unittest.TestCase):
 
 class Report(unittest.TestCase):
     def test_verdicts(self):
-        self.assertTrue(Row("", "", 2.0, 2.02, 0.011).holds)
-        self.assertFalse(Row("", "", 2.0, 2.02, 0.009).holds)
-        self.assertTrue(Row("", "", 0.0, -1e-9, 1e-8, is_absolute=True).holds)
-        self.assertFalse(Row("", "", 1.0, float("nan"), 1e9).holds)
+        self.assertTrue(Row("", "", 2.0, 2.02, 0.011).passes)
+        self.assertFalse(Row("", "", 2.0, 2.02, 0.009).passes)
+        self.assertTrue(Row("", "", 0.0, -1e-9, 1e-8, is_absolute=True).passes)
+        self.assertFalse(Row("", "", 1.0, float("nan"), 1e9).passes)
 
 
 if __name__ == "__main__":
