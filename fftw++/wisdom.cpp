@@ -16,6 +16,9 @@ bool is_digit(char c) {
 bool is_hexadecimal(char c) {
   return is_digit(c) || (c >= 'a' && c <= 'f');
 }
+bool is_blank(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
 bool is_of_name(char c) {
   return is_digit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == '-' ||
          c == '.';
@@ -27,7 +30,6 @@ class Reader {
   explicit Reader(std::string_view text) : rest_(text) {}
 
   [[nodiscard]] bool is_good() const { return is_good_; }
-  [[nodiscard]] bool is_at_end() const { return rest_.empty(); }
   [[nodiscard]] bool sees(std::string_view expected) const { return rest_.starts_with(expected); }
 
   Reader& text(std::string_view expected) {
@@ -35,6 +37,9 @@ class Reader {
     if (is_good_) rest_.remove_prefix(expected.size());
     return *this;
   }
+
+  // Any number of blanks and line ends, as FFTW takes them.
+  Reader& blanks() { return run(is_blank, 0, rest_.size()); }
 
   // Between least and most characters of a kind, and none of it behind them.
   Reader& run(bool (*is_kind)(char), std::size_t least, std::size_t most) {
@@ -57,7 +62,7 @@ class Reader {
   }
 
   Reader& checksum() {
-    for (int word = 0; word < 4; ++word) text(" #x").run(is_hexadecimal, 8, 8);
+    for (int word = 0; word < 4; ++word) blanks().text("#x").run(is_hexadecimal, 8, 8);
     return *this;
   }
 
@@ -70,15 +75,15 @@ class Reader {
 
 bool is_sound_wisdom(std::string_view text) {
   Reader reader(text);
-  reader.text("(").run(is_of_name, 1, kLongestName).text(" ");
-  reader.run(is_of_name, 1, kLongestName).checksum().text("\n");
+  reader.blanks().text("(").run(is_of_name, 1, kLongestName).blanks();
+  reader.run(is_of_name, 1, kLongestName).checksum().blanks();
   while (reader.is_good() && !reader.sees(")")) {
-    reader.text("  (").run(is_of_name, 1, kLongestName - 1).text(" ").run(is_digit, 1, 4);
+    reader.text("(").run(is_of_name, 1, kLongestName - 1).blanks().run(is_digit, 1, 4);
     // Two sets of planner flags and the time limit, of the widths of their fields.
-    reader.text(" ").bits(20).text(" ").bits(20).text(" ").bits(9);
-    reader.checksum().text(")\n");
+    reader.blanks().bits(20).blanks().bits(20).blanks().bits(9);
+    reader.checksum().blanks().text(")").blanks();
   }
-  return reader.text(")\n").is_good() && reader.is_at_end();
+  return reader.text(")").is_good();
 }
 
 bool is_readable_wisdom(const char* name) {

@@ -5,9 +5,9 @@
 
 namespace fftwpp {
 
-// Whether text is laid out as FFTW writes wisdom and every number fits its field. FFTW itself turns
-// down unknown solvers and the wisdom of other versions, but ends the process over a number that is
-// too wide.
+// Whether text begins with wisdom in which every number fits its field. Like FFTW, takes any blanks
+// between the words and any text after the end. FFTW itself turns down unknown solvers and the
+// wisdom of other versions, but ends the process over a number that is too wide.
 bool is_sound_wisdom(std::string_view text);
 
 // Whether a file stands at name that can be read to its end, and soon: no pipe, device or folder,

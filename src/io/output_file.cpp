@@ -40,13 +40,18 @@ bool write_all(int descriptor, std::string_view text) {
   return true;
 }
 
-std::string folder_of(const std::string& name) {
+std::string target_of(const std::string& name) {
   namespace fs = std::filesystem;
   constexpr int kLinks = 40;  // as many as the kernel follows
   fs::path path = name;
   std::error_code error;
   for (int i = 0; i < kLinks && fs::is_symlink(path, error); ++i)
     path = path.parent_path() / fs::read_symlink(path, error);
+  return path.string();
+}
+
+std::string folder_of(const std::string& name) {
+  const std::filesystem::path path = target_of(name);
   return path.has_parent_path() ? path.parent_path().string() : ".";
 }
 

@@ -44,6 +44,8 @@ class OutputFile {
 // Writes all of text to a descriptor, whatever the pieces; false, with errno, if it could not.
 bool write_all(int descriptor, std::string_view text);
 
-// The folder that holds, or would hold, the file name, links followed, also those that lead to no
-// file yet.
+// The file that name leads to, links followed, also those that lead to no file yet.
+std::string target_of(const std::string& name);
+
+// The folder that has, or would have, that file.
 std::string folder_of(const std::string& name);

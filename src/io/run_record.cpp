@@ -33,33 +33,44 @@ class Descriptor {
   int number_;
 };
 
-// Waits for its turn, but not for ever: a script may hold the lock itself while it runs us.
-bool lock(const Descriptor& file) {
+constexpr const char* kHeader =
+    "cfile;kernel_id;block_size;nz;ny;nx;kernel_time;cpu_time;err-max;speed-up\n";
+
+// Waits for other writers, but not long: a script may keep the lock itself while it runs us.
+void lock(const Descriptor& file) {
   using namespace std::chrono_literals;
-  const auto end = std::chrono::steady_clock::now() + 10s;
+  const auto end = std::chrono::steady_clock::now() + 500ms;
   while (flock(file.number(), LOCK_EX | LOCK_NB) != 0) {
-    if ((errno != EWOULDBLOCK && errno != EINTR) || std::chrono::steady_clock::now() > end)
-      return false;
+    if ((errno != EWOULDBLOCK && errno != EINTR) || std::chrono::steady_clock::now() > end) return;
     std::this_thread::sleep_for(1ms);
   }
-  return true;
+}
+
+// Makes the record with its first lines: it gets its name once it is whole, so that of many runs
+// one writes the header. False, with nothing made, if the record exists or the file system has no
+// files without a name.
+bool create(const std::string& name, const std::string& lines) {
+  const Descriptor file(open(folder_of(name).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666));
+  if (file.number() < 0 || !write_all(file.number(), lines)) return false;
+  const std::string nameless = "/proc/self/fd/" + std::to_string(file.number());
+  return linkat(AT_FDCWD, nameless.c_str(), AT_FDCWD, target_of(name).c_str(), AT_SYMLINK_FOLLOW) ==
+         0;
 }
 
 bool append(const std::string& name, const std::string& row) {
-  // Many runs may share one record. The folder is locked, not the record: whether a run creates it
-  // must be decided before it exists, and an empty one that was there already gets no header.
-  const std::string folder = folder_of(name);
-  const Descriptor turn(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  const bool has_turn = turn.number() >= 0 && lock(turn);
+  constexpr int kFlags = O_WRONLY | O_APPEND | O_CLOEXEC;
+  int number = open(name.c_str(), kFlags);
+  const bool is_missing = number < 0 && errno == ENOENT;
+  if (is_missing && create(name, kHeader + row)) return true;
+  if (is_missing) number = open(name.c_str(), kFlags | O_CREAT, 0666);
+  Descriptor file(number);
+  if (file.number() < 0) return false;
+  lock(file);
   struct stat status {};
-  bool is_new = stat(name.c_str(), &status) != 0;
-  Descriptor file(open(name.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666));
-  if (file.number() < 0 || fstat(file.number(), &status) != 0) return false;
-  // Some network file systems lock files alone; the first to find the record empty begins it.
-  if (!has_turn && lock(file)) is_new = fstat(file.number(), &status) == 0 && status.st_size == 0;
-  const std::string header =
-      "cfile;kernel_id;block_size;nz;ny;nx;kernel_time;cpu_time;err-max;speed-up\n";
-  if (write_all(file.number(), is_new ? header + row : row)) return file.release();
+  if (fstat(file.number(), &status) != 0) return false;
+  // An empty record that was there before gets no header.
+  const bool is_new = is_missing && S_ISREG(status.st_mode) && status.st_size == 0;
+  if (write_all(file.number(), is_new ? kHeader + row : row)) return file.release();
   // A disk that filled up in the middle: no torn row stays.
   const int reason = errno;
   if (S_ISREG(status.st_mode) && ftruncate(file.number(), status.st_size) != 0)

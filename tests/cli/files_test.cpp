@@ -1,6 +1,7 @@
 // What a run leaves behind, worked out by hand.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <regex>
 
 #include "cli/configuration.h"
@@ -109,6 +110,20 @@ TEST(Files, AConfigurationMayHaveTheNameOfAFileThatIsNotWritten) {
     EXPECT_EQ(run.status, status) << name << options << run.err;
     EXPECT_EQ(directory.read(name), monitor) << options;
   }
+}
+
+// Scripts keep a lock while they run the program. It waits a moment for other writers alone.
+TEST(Files, RunRecordIsWrittenWhileAnotherProcessHasItLocked) {
+  const TempDir directory;
+  directory.write("a.cfg", configuration("nz = 2"));
+  for (const std::string locked : {".", "r.csv"}) {
+    const RunResult run =
+        run_shell(directory,
+                  "exec 9<" + locked + "; flock 9; timeout 5 $ZERITH -q -i a.cfg -p -r r.csv 9<&-");
+    EXPECT_EQ(run.status, 0) << locked << run.err;
+  }
+  const std::string record = directory.read("r.csv");
+  EXPECT_EQ(std::count(record.begin(), record.end(), '\n'), 3) << record;
 }
 
 TEST(Files, RunRecordGrowsByARowPerRun) {

@@ -45,6 +45,10 @@ bool fails(Kind kind, int error) {
   return true;
 }
 
+bool has_mode(int flags) {
+  return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
+}
+
 bool fails_on(int descriptor, Kind kind, int error) {
   return descriptor > STDERR_FILENO && fails(kind, error);
 }
@@ -113,21 +117,21 @@ int openat(int folder, const char* name, int flags, ...) {
   if (fails(kOpen, EMFILE)) return -1;
   va_list more;
   va_start(more, flags);
-  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;
+  const mode_t mode = has_mode(flags) ? va_arg(more, mode_t) : 0;
   va_end(more);
   return static_cast<int>(syscall(SYS_openat, folder, name, flags, mode));
 }
 int open(const char* name, int flags, ...) {
   va_list more;
   va_start(more, flags);
-  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;
+  const mode_t mode = has_mode(flags) ? va_arg(more, mode_t) : 0;
   va_end(more);
   return openat(AT_FDCWD, name, flags, mode);
 }
 int open64(const char* name, int flags, ...) {
   va_list more;
   va_start(more, flags);
-  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;
+  const mode_t mode = has_mode(flags) ? va_arg(more, mode_t) : 0;
   va_end(more);
   return openat(AT_FDCWD, name, flags, mode);
 }
