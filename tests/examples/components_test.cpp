@@ -1,5 +1,5 @@
-// The examples of curved, moved, graded and loaded components: each is held to the figure in its
-// head.
+// The examples of curved, moved, graded and loaded components: each is compared with the figure in
+// its head.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -57,7 +57,7 @@ Peak brightest(const Rows& field, std::size_t column, int slices) {
 }
 
 // The theory for weak coupling is good to some per cent (tests/physics has the formula); light that
-// no core holds moves the brightest place of a single column by as much.
+// no core confines moves the brightest place of a single column by as much.
 TEST(Examples, CouplerExchangesItsLight) {
   const Rows field = axial_plane("coupler", 24);
   constexpr std::size_t kLeft = 18, kRight = 30;
@@ -95,15 +95,15 @@ TEST(Examples, LongCouplerBringsItsLightBack) {
 }
 #endif
 
-// The quarter pitch and the waists are parabolic; the order behind it brings the focus nearer by
-// some (g W)^2/4 of the way, the window has 8 slices, and a tenth of the light lies aside.
+// The quarter pitch and the waists are parabolic; the next order brings the focus nearer by
+// some (g W)^2/4 of the way, the window has 8 slices, and a tenth of the light is aside.
 TEST(Examples, GrinFocusesAfterAQuarterPitch) {
   const Peak focus = brightest(axial_plane("grin", 32), 32, 8);
   EXPECT_NEAR(focus.place * 250 / 39270, 1, 0.03);
   EXPECT_NEAR(focus.value / std::pow(4000.0 / 1326, 2), 1, 0.1);
 }
 
-// The field behind the bars is real: its spectrum is that of the pattern. Samples stand for their
+// The field after the bars is real: its spectrum is that of the pattern. Samples represent their
 // cells of a 128th of the period, which is (pi m/128)^2/3 too much.
 TEST(Examples, EqualBarsSendNoLightStraightOn) {
   TempDir directory;

@@ -1,4 +1,4 @@
-// Every file of examples/, run by the real program: what its head says must be what comes out.
+// Every file of examples/, run by the real program: the results must be those of its head.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -15,8 +15,8 @@ std::filesystem::path folder() {
   return std::filesystem::path(ZERITH_SOURCE_DIR) / "examples";
 }
 
-// Runs an example with the plane options given, --fast and without a warning. As it stands in the
-// file it is held to the reference; a variation, with text swapped for another, is not.
+// Runs an example with the plane options given, --fast and without a warning. Unchanged, it
+// is compared with the reference; a variation, with text swapped for another, is not.
 TempDir& run_example(TempDir& directory, const std::string& name, std::vector<std::string> options,
                      const std::string& text = "", const std::string& by = "") {
   const RunResult copied =
@@ -178,7 +178,7 @@ TEST(Examples, TaperSqueezesTheBeam) {
   EXPECT_GT(intensity(field, 72, 80)[20], 5 * intensity(field, 0, 8)[20]);
 }
 
-// The waist of a Gaussian beam behind a thin lens (Saleh & Teich 3.2-15). For this shape of lens
+// The waist of a Gaussian beam after a thin lens (Saleh & Teich 3.2-15). For this shape of lens
 // the rays at the waist's radius meet (7/6) w^2/f before the paraxial focus; a window has 4 slices,
 // of 125 nm, and the lens is made of such slices.
 TEST(Examples, LensFocusesWherePredicted) {
@@ -230,7 +230,7 @@ TEST(Examples, SystemCouplesLightIntoTheGuide) {
     for (std::size_t k = 128; k < 160; ++k)
       for (std::size_t j = 0; j < 40; ++j)
         for (std::size_t i = 0; i < 40; ++i) {
-          const double e = rows.at(k * 41 + j).at(i);  // an empty row behind each plane
+          const double e = rows.at(k * 41 + j).at(i);  // an empty row after each plane
           all += e * e;
           if (std::hypot(static_cast<double>(i) - 20, static_cast<double>(j) - 20) <= 4)
             core += e * e;

@@ -16,7 +16,7 @@ double coupling(double w0, double wm, double dz, double lambda) {
   return 4 / (std::pow(w0 / wm + wm / w0, 2) + std::pow(lambda * dz / (M_PI * w0 * wm), 2));
 }
 
-// A sweep of the gap gives the closed form of Gaussian beams: the waist behind a thin lens (Saleh &
+// A sweep of the gap gives the closed form of Gaussian beams: the waist after a thin lens (Saleh &
 // Teich 3.2), the fibre's mode as a Gaussian (Marcuse 1977: w/a = 0.65 + 1.619/V^1.5 + 2.879/V^6).
 // The mode's true shape costs some 0.4 %, spherical aberration moves the curve by up to
 // (7/6) w^2/f = 950 nm, and the curve falls by 0.02 a micrometre where it is steepest. A coarser

@@ -1,4 +1,4 @@
-// The examples of edges, screens and waves: what their heads say must be what comes out. They are
+// The examples of edges, screens and waves: the results must be those of their heads. They are
 // run with --fast; the fringes by the direct sum too.
 #include <gtest/gtest.h>
 
@@ -40,7 +40,7 @@ double intensity(const Rows& field, std::size_t k, std::size_t column) {
 }
 
 // The same, phase and all, over that of a closed form of the field, a function of the slice: how
-// much of it the field around slice k holds, squared.
+// much of it the field around slice k has, squared.
 template <typename Form>
 double share_of(Form form, const Rows& field, std::size_t k, std::size_t column) {
   double product = 0.0, square = 0.0;
@@ -109,7 +109,7 @@ TEST(Optics, FibreCarriesItsMode) {
 }
 
 // The closed form of the head at 33.6 and 90 um, phase and all: how much of it the field around
-// these places holds, squared.
+// these places has, squared.
 TEST(Optics, HoleLightsItsAxis) {
   const TempDir directory;
   const Rows field = axial_plane(directory, "screen", 60);
@@ -178,7 +178,7 @@ TEST(Optics, LeaningGuideTakesTheBeamAlong) {
   EXPECT_GT(column(directory, "width_major").at(119), 3 * width[0]);
 }
 
-// All six digits; rounded down at each face, as the head says.
+// All six digits; rounded down at each face, as in the head.
 TEST(Optics, PlateLosesWhatFresnelSays) {
   const TempDir directory;
   for (const auto& [edit, inside, behind] :
@@ -191,7 +191,7 @@ TEST(Optics, PlateLosesWhatFresnelSays) {
 }
 
 #if ZERITH_HAS_HDF5
-// A field that was saved half way goes on as if it had not been: all six digits of the file.
+// A field that was saved half way continues unchanged: all six digits of the file.
 TEST(Optics, RelayGoesOnWhereTheFirstRunWas) {
   const TempDir directory;
   const Rows whole = axial_plane(directory, "relay-first", 16);
@@ -201,7 +201,7 @@ TEST(Optics, RelayGoesOnWhereTheFirstRunWas) {
       EXPECT_NEAR(second.at(k).at(i), whole.at(40 + k).at(i), 2e-3);  // of up to 1000
 }
 
-// The waist behind a thin lens (Saleh & Teich 3.2-15, 3.2-16). Rays of 9 degrees are a per cent
+// The waist after a thin lens (Saleh & Teich 3.2-15, 3.2-16). Rays of 9 degrees are a per cent
 // from paraxial; on the axis the light is even to that over a tenth of its Rayleigh range of 10 um.
 TEST(Optics, MaskOfALensFocuses) {
   const TempDir directory;
