@@ -61,7 +61,7 @@ Lens lens_of(int side, int slices, int levels) {
   lens.scene.illuminate([](double x, double y) {
     return 1e3 * std::exp(-((x - 1e-6) * (x - 1e-6) + y * y) / 49e-12);
   });
-  lens.pairs = survey(stack).mean_pairs;
+  lens.pairs = survey(stack, static_cast<double>(stack.grid().plane())).mean_pairs;
   lens.filled = share_of_groups(lens.scene);
   return lens;
 }

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "diagnostics.h"
+#include "main/memory.h"
 #include "main/stages.h"
 #include "main/streaming.h"
 #include "ranks/ranks.h"
@@ -47,14 +48,11 @@ void report_grid(const Run& run) {
                              run.lambda / g.dy, " in y, ", run.lambda / g.dz, " in z"));
 }
 
-// Planes of a stream: two of E, F and N each, the transforms' and the monitors'.
-void report_memory(const Run& run) {
-  const auto plane = static_cast<double>(run.grid.plane());
-  if (run.is_streamed)
-    line("memory", bytes_in_words(plane * 16 * 12) + ", as slices");
-  else
-    line("memory", bytes_in_words(static_cast<double>(run.grid.voxels()) * 40 + plane * 16 * 8) +
-                       ", as whole volumes" + why_not_streamed(run));
+void report_memory(const Run& run, const IndexSurvey& found) {
+  std::string text = bytes_in_words(peak_bytes(run, found));
+  if (ranks::count() > 1) text += text_of(" at the first of ", ranks::count(), " processes");
+  text += run.is_streamed ? ", as slices" : ", as whole volumes" + why_not_streamed(run);
+  line("memory", text);
 }
 
 void report_components(const Run& run) {
@@ -70,26 +68,32 @@ void report_components(const Run& run) {
   }
 }
 
-void report_work(const Run& run) {
+// Which sum the steps of a fast run take.
+std::string sum_in_words(const Run& run, const IndexSurvey& found) {
+  const auto transformed = static_cast<int>(found.transformed_steps);
+  const int direct = std::max(0, run.grid.nz - 1) - transformed;
+  if (!run.options.is_fast || transformed == 0) return "direct sum";
+  if (direct == 0) return "transforms";
+  return text_of("transforms in ", transformed, " steps, direct sum in ", direct);
+}
+
+void report_work(const Run& run, const IndexSurvey& found) {
   const Options& options = run.options;
-  const IndexSurvey found = survey(*run.stack);
-  const int threads = threads_of(options);
+  const int threads = threads_of(options) * ranks::count();
   line("index", text_of(found.changes, " steps change it; ", found.mean_pairs,
                         " pairs of indices a step, ", found.most_pairs, " at most"));
-  const double direct = direct_seconds(run.grid, threads);
-  const double fast = fast_seconds(run.grid, found.mean_pairs, threads);
+  const double direct = found.direct_seconds / threads;
+  const double fast = found.fast_seconds / threads;
   const std::string on = text_of(" on ", threads, threads == 1 ? " thread" : " threads");
   if (options.is_cpu || options.is_gpu) {
-    const bool is_direct = !options.is_fast || direct < fast;
-    line("sum", is_direct ? "direct sum" : "transforms");
-    line(
-        "time",
-        "about " + duration_in_words(options.is_fast ? std::min(direct, fast) : direct) + on +
-            (options.is_fast || direct <= fast ? ""
-                                               : "; with --fast about " + duration_in_words(fast)));
+    line("sum", sum_in_words(run, found));
+    line("time", "about " + duration_in_words(options.is_fast ? fast : direct) + on +
+                     (options.is_fast || direct <= fast
+                          ? ""
+                          : "; with --fast about " + duration_in_words(fast)));
   } else {
     line("time", "nothing is propagated; with -p about " + duration_in_words(direct) +
-                     ", with -p --fast about " + duration_in_words(std::min(direct, fast)) + on);
+                     ", with -p --fast about " + duration_in_words(fast) + on);
   }
 }
 
@@ -100,9 +104,11 @@ void answer_check(Run& run) {
   if (!ranks::is_first()) std::exit(0);
   line("file", run.options.config_file);
   report_grid(run);
-  report_memory(run);
+  const IndexSurvey found =
+      survey(*run.stack, static_cast<double>(count_plane_waves(run.E.data(), run.grid)));
+  report_memory(run, found);
   report_components(run);
-  report_work(run);
+  report_work(run, found);
   const std::vector<std::string>& warnings = diagnostics::warnings();
   line("warnings", warnings.empty() ? "none" : std::to_string(warnings.size()));
   for (const std::string& warning : warnings) std::cout << "  " << warning << std::endl;

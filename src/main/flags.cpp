@@ -10,7 +10,7 @@ namespace {
 void tell_how_it_is_summed(const Run& run) {
   constexpr double kLongRun = 30.0;  // s
   const int threads = threads_of(run.options);
-  const double seconds = direct_seconds(run.grid, threads);
+  const double seconds = most_direct_seconds(run.grid) / threads;
   if (run.options.is_fast) {
     diagnostics::note("plane waves are summed by transforms (--fast)");
   } else if (seconds > kLongRun) {
@@ -18,7 +18,7 @@ void tell_how_it_is_summed(const Run& run) {
     std::string advice = "; --fast gives the same field sooner";
     if (threads == 1 && cores > 1)
       advice += ", --threads 0 the same bits on " + std::to_string(cores) + " cores in about " +
-                duration_in_words(direct_seconds(run.grid, cores));
+                duration_in_words(most_direct_seconds(run.grid) / cores);
     diagnostics::note("this run takes up to about " + duration_in_words(seconds) + advice);
   }
 }
