@@ -80,11 +80,17 @@ class Table:
                 and np.isfinite(self.numbers(column)).any()]
 
     def find(self, wanted):
-        """The column that the user means: its name, or the only one that begins or ends so."""
+        """The column that the user means: that of this name, or the only one that begins so.
+
+        A name may lack its unit and, in the table of a sweep, the file that it comes from.
+        """
         if wanted in self.header:
             return wanted
+        names = {column: (column, column.split(".", 1)[-1]) for column in self.header}
         near = [column for column in self.header
-                if column.startswith(wanted) or column.split(".", 1)[-1].startswith(wanted)]
+                if wanted in (re.sub(r" [\[(].*", "", name) for name in names[column])]
+        near = near or [column for column in self.header
+                        if any(name.startswith(wanted) for name in names[column])]
         if len(near) == 1:
             return near[0]
         raise PlotError(f"{self.name}: {'no column' if not near else 'several columns are'} "

@@ -187,6 +187,13 @@ class Pictures(unittest.TestCase):
         self.assertEqual([axes.get_ylabel() for axes in figure.axes], ["width [nm]", "power [W]"])
         self.assertEqual(figure.axes[-1].get_xlabel(), "z [µm]")
         np.testing.assert_array_equal(figure.axes[0].lines[0].get_xydata(), [[0, 800], [1.5, 900]])
+        for head, label in (("slice [1],power [W],power_in_circle [W]", "power [W]"),
+                            ("slice,power_in_circle,power", "power"),
+                            ("slice,b.power_in_circle [W],b.power [W]", "b.power [W]")):
+            figure = self.draw_table(head + "\n0,4,3\n1,2,1\n", "power")
+            self.assertEqual([axes.get_ylabel() for axes in figure.axes], [label])
+        with self.assertRaisesRegex(planes.PlotError, "several columns are pow; columns are slice"):
+            self.draw_table("slice,power,power_in_circle\n0,4,3\n", "pow")
         with self.assertRaisesRegex(planes.PlotError, "no column what; columns are slice, z"):
             self.draw_table("slice,z (um),power (W)\n0,0,4\n", "what")
 
