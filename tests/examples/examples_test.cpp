@@ -116,17 +116,6 @@ TEST(Examples, EachIsTested) {
   EXPECT_GE(found, 12);
 }
 
-// The file that the README explains line by line is a file that runs.
-TEST(Examples, ReadmeExplainsAFileThatIsUnderstood) {
-  const TempDir directory;
-  const RunResult run = run_shell(
-      directory, "sed -n '/^    A beam in/,/^    .\\/layer/s/^    //p' '" ZERITH_SOURCE_DIR
-                 "/README.md' >run.cfg && $ZERITH -i run.cfg");
-  EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(run.err, "");
-  EXPECT_NE(run.out.find("create WGUIDE"), std::string::npos);
-}
-
 // Fresnel at 30 degrees, 1 to 1.5, TE (Born & Wolf 1.5.3): T = 0.94220 in either direction. t is
 // rounded down by up to 1e-4, T by up to 2e-4/t of itself; t is 0.760 going in and 1.240 going out.
 TEST(Examples, HomogLosesFluxAtItsFacesAndWhereItAbsorbs) {
