@@ -13,8 +13,7 @@ std::string single_wisdom_text();
 // before the first plan.
 void restore_wisdom(const std::string& wisdom, const std::string& single_wisdom);
 
-// Plans that are made from now on leave no trace: neither in the file nor in the texts above, which
-// stay as they are.
+// Plans that are made from now on leave the file as it is.
 void close_wisdom();
 bool is_wisdom_closed();
 

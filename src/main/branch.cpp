@@ -15,7 +15,6 @@
 #include "wpm/rolling_pair.h"
 #include "wpm/stepper.h"
 #include "wpm/whole_volume.h"
-#include "wpm/windows.h"
 
 const BranchFiles& files_of(Branch branch) {
   static constexpr BranchFiles kDevice = {"E_gpu.csv", "EFlux_gpu.csv", "EFlux_gpu_Z.csv",
@@ -36,11 +35,10 @@ std::unique_ptr<Slices> slices_of(const Run& run, const Stepper& stepper, cpx* E
                 E + static_cast<std::size_t>(state->slice) * run.grid.plane());
     return volume;
   }
-  auto pair =
-      std::make_unique<RollingPair>(*run.stack, run.window, my_window(run, run.E.data()).data(),
-                                    my_window(run, run.F.data()).data());
+  auto pair = std::make_unique<RollingPair>(
+      *run.stack, run.window, my_rows(run, run.E.data()).data(), my_rows(run, run.F.data()).data());
   if (stepper.is_elsewhere()) pair->leave_undarkened();
-  if (state != nullptr) pair->go_on_at(state->slice, my_window(run, state->E.data()).data());
+  if (state != nullptr) pair->go_on_at(state->slice, my_rows(run, state->E.data()).data());
   return pair;
 }
 
@@ -116,7 +114,7 @@ BranchResult march_branch(Run& run, Branch branch, Stepper& stepper, double plan
     hangings.go_back_to(run, *state);
     times.steps = state->step_seconds;
   }
-  HealthWatch health(wpm::samples_of(run.grid, run.window));
+  HealthWatch health(plane_of(run.grid, run.window));
   ProgressLine progress(run.grid, stepper, options.is_plain_progress);
   StopWatch stop(options.checkpoint, run.identity, options.checkpoint_seconds, branch, run.grid,
                  hangings.sinks(), times.steps, run.edge.get());

@@ -16,7 +16,6 @@
 #include "main/identity.h"
 #include "ranks/ranks.h"
 #include "wisdom_state.h"
-#include "wpm/windows.h"
 
 namespace {
 
@@ -213,7 +212,8 @@ void StopWatch::write(int k, const Slice& slice) {
   state.step_seconds = step_seconds_;
   state.taken_by_edge = edge_ != nullptr ? edge_->taken() : 0.0;
   if (ranks::is_first()) state.E.resize(grid_.plane());
-  wpm::gather_rows(grid_, slice.E, 0, grid_.ny, state.E.data());
+  ranks::gather_lines(slice.E, state.E.data(), grid_.ny, {0, grid_.ny},
+                      static_cast<std::size_t>(grid_.nx) * sizeof(cpx));
   if (!ranks::is_first()) return;
   for (Sink* sink : sinks_) state.marks.push_back(sink->mark());
   state.wisdom = fftwpp::wisdom_text();

@@ -25,11 +25,6 @@ double propagate_reference(Run& run) {
   return 1000.0 * cpuTimer.getTime();
 }
 
-auto stepper_maker(bool is_fast) {
-  if (ranks::count() > 1) return is_fast ? make_rank_fast_stepper : make_rank_direct_stepper;
-  return is_fast ? make_fast_stepper : make_direct_stepper;
-}
-
 }  // namespace
 
 void run_on_cpu(Run& run) {
@@ -41,7 +36,7 @@ void run_on_cpu(Run& run) {
 
   double flux_of_first = 0;
   if (needs_march(run)) {
-    const auto make = stepper_maker(run.options.is_fast);
+    const auto make = run.options.is_fast ? make_fast_stepper : make_direct_stepper;
     ChTimer planTimer;
     planTimer.start();
     const std::unique_ptr<Stepper> stepper = make(run.grid, run.step_options());

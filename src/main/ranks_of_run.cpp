@@ -6,7 +6,6 @@
 #include "diagnostics.h"
 #include "main/streaming.h"
 #include "ranks/ranks.h"
-#include "wpm/windows.h"
 
 void require_shareable(const Run& run) {
   if (ranks::count() == 1) return;
@@ -44,26 +43,28 @@ void share_resumed(Run& run) {
 namespace {
 
 template <typename T>
-std::vector<T> window_of(const Run& run, const T* slice) {
-  if (ranks::count() == 1) return {slice, slice + run.grid.plane()};
-  std::vector<T> window(wpm::samples_of(run.grid, run.window));
-  wpm::scatter_slice(run.grid, slice, window.data());
-  return window;
+std::size_t row_bytes(const Grid& grid) {
+  return static_cast<std::size_t>(grid.nx) * sizeof(T);
+}
+
+template <typename T>
+std::vector<T> rows_of(const Run& run, const T* slice) {
+  std::vector<T> rows(plane_of(run.grid, run.window));
+  ranks::scatter_lines(slice, rows.data(), run.grid.ny, row_bytes<T>(run.grid));
+  return rows;
 }
 
 }  // namespace
 
-std::vector<cpx> my_window(const Run& run, const cpx* slice) {
-  return window_of(run, slice);
+std::vector<cpx> my_rows(const Run& run, const cpx* slice) {
+  return rows_of(run, slice);
 }
-std::vector<double> my_window(const Run& run, const double* slice) {
-  return window_of(run, slice);
+std::vector<double> my_rows(const Run& run, const double* slice) {
+  return rows_of(run, slice);
 }
 
 GatheringSink::GatheringSink(const Run& run, std::vector<Sink*> sinks)
-    : grid_(run.grid),
-      window_samples_(wpm::samples_of(run.grid, run.window)),
-      sinks_(std::move(sinks)) {}
+    : grid_(run.grid), samples_(plane_of(run.grid, run.window)), sinks_(std::move(sinks)) {}
 
 // Of all sinks together, known to all ranks.
 SliceParts GatheringSink::wanted(int k) const {
@@ -75,24 +76,24 @@ SliceParts GatheringSink::wanted(int k) const {
 }
 
 template <typename T>
-void GatheringSink::gather(const T* window, const SliceParts& parts, std::vector<T>& whole) const {
+void GatheringSink::gather(const T* own, const SliceParts& parts, std::vector<T>& whole) const {
   if (ranks::is_first()) whole.resize(grid_.plane());
   const std::size_t first =
       static_cast<std::size_t>(parts.first_row) * static_cast<std::size_t>(grid_.nx);
-  wpm::gather_rows(grid_, window, parts.first_row, parts.end_row,
-                   ranks::is_first() ? whole.data() + first : nullptr);
+  ranks::gather_lines(own, ranks::is_first() ? whole.data() + first : nullptr, grid_.ny,
+                      {parts.first_row, parts.end_row}, row_bytes<T>(grid_));
 }
 
-void GatheringSink::take(int k, const Slice& window) {
+void GatheringSink::take(int k, const Slice& own) {
   const SliceParts parts = wanted(k);
-  double flux = 0;
-  for (std::size_t s = 0; parts.flux && s < window_samples_; ++s) flux += window.F[s];
+  double flux = own.flux.value_or(0.0);
+  for (std::size_t s = 0; parts.flux && !own.flux && s < samples_; ++s) flux += own.F[s];
   if (parts.flux) flux = ranks::sum(flux);
-  if (parts.E) gather(window.E, parts, E_);
-  if (parts.F) gather(window.F, parts, F_);
-  if (parts.N) gather(window.N, parts, N_);
+  if (parts.E) gather(own.E, parts, E_);
+  if (parts.F) gather(own.F, parts, F_);
+  if (parts.N) gather(own.N, parts, N_);
   for (Sink* sink : sinks_)
-    sink->take(k, {E_.data(), F_.data(), N_.data(), window.stretch,
+    sink->take(k, {E_.data(), F_.data(), N_.data(), own.stretch,
                    parts.flux ? std::optional(flux) : std::nullopt});
 }
 

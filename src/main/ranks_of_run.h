@@ -11,10 +11,9 @@ void require_shareable(const Run& run);
 void share_entry_index(Run& run);
 void share_resumed(Run& run);
 
-// The window of a slice of the first rank's, [ny][nx], on every rank. With one rank it is the
-// slice.
-std::vector<cpx> my_window(const Run& run, const cpx* slice);
-std::vector<double> my_window(const Run& run, const double* slice);
+// Of a slice, [ny][nx], that the first rank has, to every rank its own rows.
+std::vector<cpx> my_rows(const Run& run, const cpx* slice);
+std::vector<double> my_rows(const Run& run, const double* slice);
 
 // A sink on every rank before those of the first: brings together for them what they look at of a
 // slice. What nobody looks at stays where it is.
@@ -22,7 +21,7 @@ class GatheringSink : public Sink {
  public:
   // sinks: the first rank's, which outlive this one; none on the others.
   GatheringSink(const Run& run, std::vector<Sink*> sinks);
-  void take(int k, const Slice& window) override;
+  void take(int k, const Slice& own) override;
   void finish() override;
   Mark mark() override { return {}; }  // the sinks behind have theirs
   void go_back_to(const Mark& /*mark*/) override {}
@@ -30,10 +29,10 @@ class GatheringSink : public Sink {
  private:
   [[nodiscard]] SliceParts wanted(int k) const;
   template <typename T>
-  void gather(const T* window, const SliceParts& parts, std::vector<T>& whole) const;
+  void gather(const T* own, const SliceParts& parts, std::vector<T>& whole) const;
 
   const Grid grid_;
-  std::size_t window_samples_;
+  std::size_t samples_;  // of the rank's own rows
   std::vector<Sink*> sinks_;
   std::vector<cpx> E_, N_;  // on the first rank, where they were wanted
   std::vector<double> F_;

@@ -55,7 +55,7 @@ struct Run {
 
   std::unique_ptr<IndexStack> stack;
   bool is_streamed = false;  // slices instead of volumes
-  Window window;             // the columns of this rank: all, but where there are several
+  Window window;             // the rows of this rank: all of them if it is the only one
   // Whole volumes, [nz][ny][nx]; of a streamed run the first slice of each, which of several ranks
   // the first has.
   HostArray<cpx> N, E;

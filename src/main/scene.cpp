@@ -9,7 +9,7 @@
 namespace {
 
 // The arrays of slice 0, which is all that a stream holds of them here. Of several ranks the first
-// has them; the others know their own columns when the run begins.
+// has them; the others know their own rows when the run begins.
 void prepare_stream(Run& run) {
   const Log& log = run.log;
   Description& d = run.description;

@@ -12,7 +12,6 @@
 #include "ranks/ranks.h"
 #include "system/advice.h"
 #include "wpm/threads.h"
-#include "wpm/windows.h"
 
 Run::Run(const Options& options_)
     : options(options_), log(options_.is_quiet || options_.is_check || !ranks::is_first()) {
@@ -143,7 +142,8 @@ void lay_out_sampling(Run& run) {
   const Log& log = run.log;
   run.grid = Grid(run.description.so);
   const Grid& grid = run.grid;
-  run.window = wpm::window_of_rank(grid);
+  const ranks::Share rows = ranks::share(grid.ny);
+  run.window = {rows.begin, rows.end, 0, grid.nz};
   if (refusal(run).empty()) run.axes = wpm::Axes(grid);
 
   log << "\t\tSpace X ...";

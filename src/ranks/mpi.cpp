@@ -1,10 +1,12 @@
-// Ranks by MPI, exchanges by FFTW's layer over it.
-#include <fftw3-mpi.h>
+// Ranks by MPI.
 #include <mpi.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <iostream>
 #include <numeric>
+#include <vector>
 
 #include "diagnostics.h"
 #include "ranks/ranks.h"
@@ -25,12 +27,23 @@ void leave(int status, void* /*unused*/) {
     MPI_Finalize();
 }
 
-// Counts and places of the ranks' lines.
+// From and to the one rank.
+void copy_lines(const void* from, void* to, Share wanted, std::size_t line_bytes) {
+  std::memcpy(to,
+              static_cast<const char*>(from) + static_cast<std::size_t>(wanted.begin) * line_bytes,
+              static_cast<std::size_t>(wanted.size()) * line_bytes);
+}
+
+// Counts of the ranks' lines, their places in all, and which of its own a rank sends first.
 struct Lines {
-  explicit Lines(int lines, std::size_t line_bytes) {
+  Lines(int n, Share wanted, std::size_t line_bytes) {
     for (int r = 0; r < ranks; ++r) {
-      counts.push_back(share_of(lines, r).size());
-      places.push_back(share_of(lines, r).begin);
+      const Share own = share_of(n, r);
+      const int begin = std::clamp(own.begin, wanted.begin, wanted.end);
+      counts.push_back(std::clamp(own.end, wanted.begin, wanted.end) - begin);
+      places.push_back(begin - wanted.begin);
+      if (r == rank && counts.back() > 0)
+        offset = static_cast<std::size_t>(begin - own.begin) * line_bytes;
     }
     MPI_Type_contiguous(static_cast<int>(line_bytes), MPI_BYTE, &line);
     MPI_Type_commit(&line);
@@ -41,6 +54,7 @@ struct Lines {
 
   [[nodiscard]] int mine() const { return counts[static_cast<std::size_t>(rank)]; }
   std::vector<int> counts, places;
+  std::size_t offset = 0;  // bytes
   MPI_Datatype line = MPI_DATATYPE_NULL;
 };
 
@@ -94,84 +108,77 @@ std::string from_all(const std::string& mine) {
   return all;
 }
 
-void gather_lines(const void* mine, void* all, int lines, std::size_t line_bytes) {
-  const Lines of(lines, line_bytes);
-  MPI_Gatherv(mine, of.mine(), of.line, all, of.counts.data(), of.places.data(), of.line, 0,
-              MPI_COMM_WORLD);
+void gather_lines(const void* mine, void* all, int n, Share wanted, std::size_t line_bytes) {
+  if (ranks == 1) {
+    copy_lines(mine, all, wanted, line_bytes);
+    return;
+  }
+  const Lines of(n, wanted, line_bytes);
+  MPI_Gatherv(static_cast<const char*>(mine) + of.offset, of.mine(), of.line, all, of.counts.data(),
+              of.places.data(), of.line, 0, MPI_COMM_WORLD);
 }
 
-void gather_lines_everywhere(const void* mine, void* all, int lines, std::size_t line_bytes) {
-  const Lines of(lines, line_bytes);
+void gather_lines_everywhere(const void* mine, void* all, int n, std::size_t line_bytes) {
+  if (ranks == 1) {
+    copy_lines(mine, all, {0, n}, line_bytes);
+    return;
+  }
+  const Lines of(n, {0, n}, line_bytes);
   MPI_Allgatherv(mine, of.mine(), of.line, all, of.counts.data(), of.places.data(), of.line,
                  MPI_COMM_WORLD);
 }
 
-void scatter_lines(const void* all, void* mine, int lines, std::size_t line_bytes) {
-  const Lines of(lines, line_bytes);
+void scatter_lines(const void* all, void* mine, int n, std::size_t line_bytes) {
+  if (ranks == 1) {
+    copy_lines(all, mine, {0, n}, line_bytes);
+    return;
+  }
+  const Lines of(n, {0, n}, line_bytes);
   MPI_Scatterv(all, of.counts.data(), of.places.data(), of.line, mine, of.mine(), of.line, 0,
                MPI_COMM_WORLD);
 }
 
-struct Transpose::Inside {
-  double* in = nullptr;
-  double* out = nullptr;
-  fftw_plan to_columns = nullptr, to_rows = nullptr;
+namespace {
+
+constexpr std::size_t kBlock = std::size_t{kGroup} * kGroup;  // values
+
+// A rectangle of blocks: columns of rows blocks each, step values apart.
+class Blocks {
+ public:
+  Blocks(int columns, int rows, std::size_t step) {
+    MPI_Type_create_hvector(columns, rows * static_cast<int>(kBlock),
+                            static_cast<MPI_Aint>(step * sizeof(std::complex<double>)),
+                            MPI_C_DOUBLE_COMPLEX, &type_);
+    MPI_Type_commit(&type_);
+  }
+  ~Blocks() { MPI_Type_free(&type_); }
+  Blocks(const Blocks&) = delete;
+  Blocks& operator=(const Blocks&) = delete;
+  [[nodiscard]] MPI_Datatype type() const { return type_; }
+
+ private:
+  MPI_Datatype type_ = MPI_DATATYPE_NULL;
 };
 
-// A complex number is a pair of real ones to FFTW's transposition. Its estimate is as fast as what
-// it measures, which takes long where ranks share processors.
-Transpose::Transpose(int rows, int columns) : inside_(std::make_unique<Inside>()) {
-  static const bool is_begun = (fftw_mpi_init(), true);
-  static_cast<void>(is_begun);
-  constexpr std::ptrdiff_t kParts = 2;
-  const std::ptrdiff_t row_block = block_of(rows, ranks);
-  const std::ptrdiff_t column_block = block_of(columns, ranks);
-  const auto size = [](std::ptrdiff_t n0, std::ptrdiff_t n1, std::ptrdiff_t b0, std::ptrdiff_t b1) {
-    const std::ptrdiff_t n[] = {n0, n1};
-    std::ptrdiff_t ignored[4];
-    return fftw_mpi_local_size_many_transposed(2, n, kParts, b0, b1, MPI_COMM_WORLD, ignored,
-                                               ignored + 1, ignored + 2, ignored + 3);
-  };
-  const std::ptrdiff_t reals = std::max(size(rows, columns, row_block, column_block),
-                                        size(columns, rows, column_block, row_block));
-  const auto count = static_cast<std::size_t>(std::max<std::ptrdiff_t>(reals, 2));
-  inside_->in = fftw_alloc_real(count);
-  inside_->out = fftw_alloc_real(count);
-  if (inside_->in == nullptr || inside_->out == nullptr)
-    diagnostics::fail("no memory for this rank's part of a slice, " +
-                      std::to_string(2 * count * sizeof(double)) +
-                      " bytes; use more ranks on more machines");
-  const auto plan = [&](std::ptrdiff_t n0, std::ptrdiff_t n1, std::ptrdiff_t b0,
-                        std::ptrdiff_t b1) {
-    return fftw_mpi_plan_many_transpose(n0, n1, kParts, b0, b1, inside_->in, inside_->out,
-                                        MPI_COMM_WORLD, FFTW_ESTIMATE | FFTW_DESTROY_INPUT);
-  };
-  inside_->to_columns = plan(rows, columns, row_block, column_block);
-  inside_->to_rows = plan(columns, rows, column_block, row_block);
-  if (inside_->to_columns == nullptr || inside_->to_rows == nullptr)
-    diagnostics::fail("FFTW has no plan for the exchange of a slice of " + std::to_string(rows) +
-                      " x " + std::to_string(columns) + " samples over " + std::to_string(ranks) +
-                      " ranks");
-}
+}  // namespace
 
-Transpose::~Transpose() {
-  fftw_destroy_plan(inside_->to_columns);
-  fftw_destroy_plan(inside_->to_rows);
-  fftw_free(inside_->in);
-  fftw_free(inside_->out);
-}
-
-std::complex<double>* Transpose::in() {
-  return reinterpret_cast<std::complex<double>*>(inside_->in);
-}
-const std::complex<double>* Transpose::out() const {
-  return reinterpret_cast<const std::complex<double>*>(inside_->out);
-}
-void Transpose::to_columns() {
-  fftw_execute(inside_->to_columns);
-}
-void Transpose::to_rows() {
-  fftw_execute(inside_->to_rows);
+// In turn with every rank, itself first: at each turn a rank sends to one and receives from one.
+void transpose(int rows, int columns, const std::complex<double>* from, std::size_t from_step,
+               std::complex<double>* to, std::size_t to_step) {
+  const int own_rows = groups_of(share(rows).size());
+  const int own_columns = groups_of(share(columns).size());
+  for (int turn = 0; turn < ranks; ++turn) {
+    const int receiver = (rank + turn) % ranks;
+    const int sender = (rank + ranks - turn) % ranks;
+    const Share theirs = share_of(columns, receiver);
+    const Share written = share_of(rows, sender);
+    const Blocks sent(groups_of(theirs.size()), own_rows, from_step);
+    const Blocks received(own_columns, groups_of(written.size()), to_step);
+    MPI_Sendrecv(from + static_cast<std::size_t>(groups_of(theirs.begin)) * from_step, 1,
+                 sent.type(), receiver, 0,
+                 to + static_cast<std::size_t>(groups_of(written.begin)) * kBlock, 1,
+                 received.type(), sender, 0, MPI_COMM_WORLD, MPI_STATUS_IGNORE);
+  }
 }
 
 }  // namespace ranks

@@ -45,14 +45,11 @@ void require_alone(const std::string& why) {
   }
 }
 
-// As FFTW shares out the lines of a plane.
-int block_of(int n, int ranks) {
-  return (n + ranks - 1) / ranks;
-}
-
-Share share_of(int n, int rank) {
-  const int block = block_of(n, count());
-  return {std::min(n, rank * block), std::min(n, (rank + 1) * block)};
+Share share_of(int n, int rank, int ranks) {
+  const auto begin_of = [=](int r) {
+    return std::min(std::max(n, 0), kGroup * ((groups_of(n) * r + ranks - 1) / ranks));
+  };
+  return {begin_of(rank), begin_of(rank + 1)};
 }
 
 bool any(bool mine) {

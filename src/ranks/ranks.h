@@ -1,15 +1,13 @@
 // What the ranks of a run do together. Ranks are the processes that mpirun starts; each owns a
-// range of the columns of every slice. Without MPI, or started alone, a process is the one rank
-// there is, and everything here passes through what it is given.
+// range of the rows of every slice. Without MPI, or started alone, a process is the one rank there
+// is, and everything here returns what it is given.
 //
 // Unless it says otherwise, a function must be called by all ranks, in the same order.
 #pragma once
 
 #include <complex>
 #include <cstddef>
-#include <memory>
 #include <string>
-#include <vector>
 
 namespace ranks {
 
@@ -29,14 +27,24 @@ inline bool is_first() {
   return mine() == 0;
 }
 
-// The part of n things that a rank owns: blocks of one size in the ranks' order, the last one
-// smaller; with more ranks than things, none.
+// Lines of a slice are shared out in groups of this many, the number that transforms take at a
+// time.
+constexpr int kGroup = 8;
+constexpr int groups_of(int lines) {
+  return (lines + kGroup - 1) / kGroup;
+}
+
+// The lines that a rank owns of n: whole groups in the ranks' order. Numbers of groups differ by
+// one at most; the last group may be smaller. With more ranks than groups some ranks own none.
 struct Share {
   int begin = 0, end = 0;
   [[nodiscard]] int size() const { return end - begin; }
+  [[nodiscard]] bool holds(int line) const { return line >= begin && line < end; }
 };
-int block_of(int n, int ranks);
-Share share_of(int n, int rank);
+Share share_of(int n, int rank, int ranks);
+inline Share share_of(int n, int rank) {
+  return share_of(n, rank, count());
+}
 inline Share share(int n) {
   return share_of(n, mine());
 }
@@ -76,34 +84,21 @@ std::string from_first(const std::string& text);
 // What all give, in their order.
 std::string from_all(const std::string& mine);
 
-// lines lines of line_bytes bytes each, shared out: brings them together in all, on the first rank
-// or on every one. all is not read where it is not written.
-void gather_lines(const void* mine, void* all, int lines, std::size_t line_bytes);
-void gather_lines_everywhere(const void* mine, void* all, int lines, std::size_t line_bytes);
+// Of n shared lines of line_bytes bytes each, those in wanted, to all on the first rank. mine: the
+// rank's own lines. all is not read where it is not written.
+void gather_lines(const void* mine, void* all, int n, Share wanted, std::size_t line_bytes);
+// All lines on every rank.
+void gather_lines_everywhere(const void* mine, void* all, int n, std::size_t line_bytes);
 // The way back: all is read on the first rank.
-void scatter_lines(const void* all, void* mine, int lines, std::size_t line_bytes);
+void scatter_lines(const void* all, void* mine, int n, std::size_t line_bytes);
 
-// A plane whose rows are shared out becomes one whose columns are: FFTW's own exchange. Memory: the
-// two buffers, a rank's part of the plane each.
-class Transpose {
- public:
-  // Plans both ways; everything is planned on FFTW's side that is to be written to its wisdom
-  // before. Ends the process if there is no memory.
-  Transpose(int rows, int columns);
-  ~Transpose();
-  Transpose(const Transpose&) = delete;
-  Transpose& operator=(const Transpose&) = delete;
-
-  // Overwritten by an exchange.
-  [[nodiscard]] std::complex<double>* in();
-  [[nodiscard]] const std::complex<double>* out() const;
-
-  void to_columns();  // in [my rows][columns] to out [my columns][rows]
-  void to_rows();     // in [my columns][rows] to out [my rows][columns]
-
- private:
-  struct Inside;
-  std::unique_ptr<Inside> inside_;
-};
+// Blocks of kGroup x kGroup values, one for each group of rows and of columns, go from the ranks
+// that own the rows to those that own the columns. Columns of blocks are from_step and to_step
+// values apart.
+//   from  [groups of columns][own groups of rows]
+//   to    [own groups of columns][groups of rows]
+// A single rank needs no exchange and must not call it.
+void transpose(int rows, int columns, const std::complex<double>* from, std::size_t from_step,
+               std::complex<double>* to, std::size_t to_step);
 
 }  // namespace ranks

@@ -28,52 +28,18 @@ std::string from_all(const std::string& mine) {
   return mine;
 }
 
-void gather_lines(const void* mine, void* all, int lines, std::size_t line_bytes) {
-  std::memcpy(all, mine, static_cast<std::size_t>(lines) * line_bytes);
+void gather_lines(const void* mine, void* all, int /*n*/, Share wanted, std::size_t line_bytes) {
+  std::memcpy(all,
+              static_cast<const char*>(mine) + static_cast<std::size_t>(wanted.begin) * line_bytes,
+              static_cast<std::size_t>(wanted.size()) * line_bytes);
 }
-void gather_lines_everywhere(const void* mine, void* all, int lines, std::size_t line_bytes) {
-  gather_lines(mine, all, lines, line_bytes);
+void gather_lines_everywhere(const void* mine, void* all, int n, std::size_t line_bytes) {
+  gather_lines(mine, all, n, {0, n}, line_bytes);
 }
-void scatter_lines(const void* all, void* mine, int lines, std::size_t line_bytes) {
-  gather_lines(all, mine, lines, line_bytes);
+void scatter_lines(const void* all, void* mine, int n, std::size_t line_bytes) {
+  gather_lines(all, mine, n, {0, n}, line_bytes);
 }
-
-struct Transpose::Inside {
-  int rows, columns;
-  std::vector<std::complex<double>> in, out;
-};
-
-Transpose::Transpose(int rows, int columns)
-    : inside_(std::make_unique<Inside>(Inside{rows, columns, {}, {}})) {
-  const auto size = static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns);
-  inside_->in.resize(size);
-  inside_->out.resize(size);
-}
-Transpose::~Transpose() = default;
-
-std::complex<double>* Transpose::in() {
-  return inside_->in.data();
-}
-const std::complex<double>* Transpose::out() const {
-  return inside_->out.data();
-}
-
-namespace {
-
-void turn(const std::complex<double>* from, int rows, int columns, std::complex<double>* to) {
-  for (int row = 0; row < rows; ++row)
-    for (int column = 0; column < columns; ++column)
-      to[static_cast<std::size_t>(column) * static_cast<std::size_t>(rows) +
-         static_cast<std::size_t>(row)] = *from++;
-}
-
-}  // namespace
-
-void Transpose::to_columns() {
-  turn(in(), inside_->rows, inside_->columns, inside_->out.data());
-}
-void Transpose::to_rows() {
-  turn(in(), inside_->columns, inside_->rows, inside_->out.data());
-}
+void transpose(int /*rows*/, int /*columns*/, const std::complex<double>* /*from*/,
+               std::size_t /*from_step*/, std::complex<double>* /*to*/, std::size_t /*to_step*/) {}
 
 }  // namespace ranks

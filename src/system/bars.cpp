@@ -50,7 +50,7 @@ class EqualBars : public Rule {
       : EqualBars(Frame(so), l, levels_of(l, kLevels)) {}
 
   void paint(int iz, const Canvas& canvas) const override {
-    for (int iy = 0; iy < frame_.ny; ++iy) {
+    for (int iy = canvas.first_row(); iy < canvas.end_row(); ++iy) {
       const double gap_y = 1 - share_y_[static_cast<std::size_t>(iy)];
       const Canvas::Row row = canvas.row(iz, iy);
       for (int ix = row.begin; ix < row.end; ++ix)

@@ -9,17 +9,22 @@
 
 class Canvas {
  public:
-  // N is [window.slices()][ny][window.columns()]. The row step is ny on grids that are not square:
+  // N is [window.slices()][window.rows()][nx]. The row step is ny on grids that are not square:
   // the index volume is defined so, and the rows overlap or leave gaps. The window must then be
   // the whole volume.
   Canvas(cpx* N, const Frame& frame, const Window& window)
       : N_(N),
         window_(window),
-        row_step_(frame.is_square() ? window.columns() : frame.ny),
-        slice_step_(std::int64_t{window.columns()} * frame.ny),
+        nx_(frame.nx),
+        row_step_(frame.ny),
+        slice_step_(std::int64_t{frame.nx} * window.rows()),
         count_(slice_step_ * window.slices()) {}
 
-  // Samples begin..end-1 of a row, as far as they lie in the window and in the array.
+  // The rows to paint.
+  [[nodiscard]] int first_row() const { return window_.y_begin; }
+  [[nodiscard]] int end_row() const { return window_.y_end; }
+
+  // Samples begin..end-1 of a row, those that are in the array.
   class Row {
    public:
     Row(cpx* voxels, int begin_, int end_) : begin(begin_), end(end_), voxels_(voxels) {}
@@ -35,19 +40,18 @@ class Canvas {
 
   // Row iy of slice iz.
   [[nodiscard]] Row row(int iz, int iy) const {
-    const std::int64_t origin =
-        (std::int64_t{iz} - window_.z_begin) * slice_step_ + std::int64_t{iy} * row_step_;
-    const auto columns = std::int64_t{window_.columns()};
-    const std::int64_t begin = std::clamp<std::int64_t>(-origin, 0, columns);
-    const std::int64_t end = std::clamp<std::int64_t>(count_ - origin, begin, columns);
+    const std::int64_t origin = (std::int64_t{iz} - window_.z_begin) * slice_step_ +
+                                (std::int64_t{iy} - window_.y_begin) * row_step_;
+    const std::int64_t begin = std::clamp<std::int64_t>(-origin, 0, nx_);
+    const std::int64_t end = std::clamp<std::int64_t>(count_ - origin, begin, nx_);
     cpx* voxels = begin < end ? N_ + (origin + begin) : nullptr;
-    return {voxels, static_cast<int>(begin) + window_.x_begin,
-            static_cast<int>(end) + window_.x_begin};
+    return {voxels, static_cast<int>(begin), static_cast<int>(end)};
   }
 
  private:
   cpx* N_;
   Window window_;
+  std::int64_t nx_;
   std::int64_t row_step_;
   std::int64_t slice_step_;
   std::int64_t count_;

@@ -1,6 +1,7 @@
 // The grid of a run, and parts of it.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 
 #include "system/system.h"
@@ -36,13 +37,19 @@ struct Grid {
   [[nodiscard]] double z(int k) const { return k * dz; }
 };
 
-// A range of columns and of slices of a grid, all rows: what a stream, a rank or a box holds.
+// A range of rows and of slices of a grid: what a stream or a rank keeps.
 struct Window {
-  int x_begin = 0, x_end = 0;
+  int y_begin = 0, y_end = 0;
   int z_begin = 0, z_end = 0;
 
-  static Window whole(const Grid& grid) { return {0, grid.nx, 0, grid.nz}; }
-  static Window slice(const Grid& grid, int k) { return {0, grid.nx, k, k + 1}; }
-  [[nodiscard]] int columns() const { return x_end - x_begin; }
+  static Window whole(const Grid& grid) { return {0, grid.ny, 0, grid.nz}; }
+  static Window slice(const Grid& grid, int k) { return {0, grid.ny, k, k + 1}; }
+  [[nodiscard]] int rows() const { return y_end - y_begin; }
   [[nodiscard]] int slices() const { return z_end - z_begin; }
 };
+
+// Samples of the rows that a window has of a slice.
+inline std::size_t plane_of(const Grid& grid, const Window& window) {
+  return static_cast<std::size_t>(std::max(grid.nx, 0)) *
+         static_cast<std::size_t>(std::max(window.rows(), 0));
+}

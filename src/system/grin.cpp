@@ -32,7 +32,7 @@ class GradedRod : public Rule {
   }
 
   void paint(int iz, const Canvas& canvas) const override {
-    for (int iy = 0; iy < frame_.ny; ++iy) {
+    for (int iy = canvas.first_row(); iy < canvas.end_row(); ++iy) {
       const double v = iy * (frame_.dy / frame_.metres) - cy_;
       const Canvas::Row row = canvas.row(iz, iy);
       for (int ix = row.begin; ix < row.end; ++ix) {

@@ -53,7 +53,7 @@ class FileRule : public Rule {
     if (is_over_ && !z.is_within) return;
     const std::vector<cpx>& front = plane(z.lower);
     const std::vector<cpx>& back = plane(z.upper);
-    for (int iy = 0; iy < frame_.ny; ++iy) {
+    for (int iy = canvas.first_row(); iy < canvas.end_row(); ++iy) {
       const Between& y = rows_[static_cast<std::size_t>(iy)];
       const Canvas::Row row = canvas.row(iz, iy);
       for (int ix = row.begin; ix < row.end; ++ix) {

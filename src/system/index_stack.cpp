@@ -80,7 +80,7 @@ struct IndexStack::Inside {
  private:
   void paint_slices(cpx* N, const Canvas& canvas, const Window& window, bool clears) const {
     const std::size_t plane =
-        static_cast<std::size_t>(window.columns()) * static_cast<std::size_t>(frame.ny);
+        static_cast<std::size_t>(frame.nx) * static_cast<std::size_t>(window.rows());
     for (int k = window.z_begin; k < window.z_end; ++k, N += plane) {
       const std::vector<const Placed*> deciding = at(k);
       const bool is_filled = !deciding.empty() && !deciding.front()->is_over;
@@ -101,7 +101,7 @@ struct IndexStack::Inside {
   // Where rows run into one another and over into later slices, the order of writing shows.
   void paint_components(cpx* N, const Canvas& canvas, const Window& window, bool clears) const {
     const std::int64_t count =
-        std::int64_t{window.columns()} * frame.ny * std::int64_t{window.slices()};
+        std::int64_t{frame.nx} * window.rows() * std::int64_t{window.slices()};
     if (clears && count > 0) std::fill_n(N, count, cpx(0.0));
     for (const Placed& c : components)
       for (int iz = c.slab.first; iz < c.slab.end; ++iz) c.rule->paint(iz, canvas);
@@ -162,7 +162,7 @@ void IndexStack::paint_onto(cpx* N, const Window& window) const {
 }
 
 Window IndexStack::whole() const {
-  return {0, inside_->frame.nx, 0, inside_->frame.nz};
+  return {0, inside_->frame.ny, 0, inside_->frame.nz};
 }
 
 int IndexStack::stretch(int k) const {

@@ -25,7 +25,7 @@ class IndexStack {
   IndexStack(const IndexStack&) = delete;
   IndexStack& operator=(const IndexStack&) = delete;
 
-  // Paints the window into N, [window.slices()][ny][window.columns()]; replaces all of it.
+  // Paints the window into N, [window.slices()][window.rows()][nx]; replaces all of it.
   // Only whole volumes of grids that are not square are defined: their rows run into one another.
   void paint(cpx* N, const Window& window) const;
 

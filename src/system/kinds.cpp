@@ -40,7 +40,7 @@ int rasterise(component t, cpx* N, const struct_sysOptions& so, const struct_lay
   if (t == GRATING) require_grating_periods(so, slab, l, 0);
   if (kind.rule == nullptr || slab.first >= slab.end) return slab.taken;
   const Frame frame(so);
-  const Canvas canvas(N, frame, {0, frame.nx, 0, frame.nz});
+  const Canvas canvas(N, frame, {0, frame.ny, 0, frame.nz});
   const std::unique_ptr<Rule> rule = kind.rule(so, slab, l);
   for (int iz = slab.first; iz < slab.end; ++iz) rule->paint(iz, canvas);
   return slab.taken;

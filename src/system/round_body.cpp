@@ -96,8 +96,10 @@ void RoundBody::paint(int iz, const Canvas& canvas) const {
   const double least_u2 = tilt() == nullptr ? least_square(section.u) : 0;
   std::vector<double> squares;
   const auto for_rows = [&](const auto& is_outside, const auto& paint_row) {
-    for (int step = 0; step < frame_.ny; ++step) {
-      const int iy = goes_by_columns() ? frame_.ny - 1 - step : step;
+    const int first = canvas.first_row();
+    const int end = canvas.end_row();
+    for (int step = first; step < end; ++step) {
+      const int iy = goes_by_columns() ? first + end - 1 - step : step;
       const Canvas::Row row = canvas.row(iz, iy);
       const double v = section.v[static_cast<std::size_t>(iy)];
       const double least_v2 = tilt() == nullptr ? v * v : 0;

@@ -10,10 +10,10 @@ namespace {
 
 class Uniform : public Rule {
  public:
-  Uniform(const struct_sysOptions& so, const struct_layer& l) : ny_(Frame(so).ny), n_(l.n, l.k) {}
+  explicit Uniform(const struct_layer& l) : n_(l.n, l.k) {}
 
   void paint(int iz, const Canvas& canvas) const override {
-    for (int iy = 0; iy < ny_; ++iy) canvas.row(iz, iy).fill(n_);
+    for (int iy = canvas.first_row(); iy < canvas.end_row(); ++iy) canvas.row(iz, iy).fill(n_);
   }
   void sign(int /*iz*/, Signature& signature) const override {
     signature.add(Look::kUniform);
@@ -21,7 +21,6 @@ class Uniform : public Rule {
   }
 
  private:
-  int ny_;
   cpx n_;
 };
 
@@ -72,7 +71,7 @@ class CrossedGrating : public Rule {
       paint_by_quadrants(iz, canvas);
       return;
     }
-    for (int iy = 0; iy < frame_.ny; ++iy) {
+    for (int iy = canvas.first_row(); iy < canvas.end_row(); ++iy) {
       const Canvas::Row row = canvas.row(iz, iy);
       for (int ix = row.begin; ix < row.end; ++ix) put(row, ix, iy);
     }
@@ -145,9 +144,9 @@ void require_grating_periods(const struct_sysOptions& so, const Slab& slab, cons
   require_period(so, "py", l.py, frame.dy / frame.metres, number);
 }
 
-std::unique_ptr<Rule> make_homog(const struct_sysOptions& so, const Slab& /*slab*/,
+std::unique_ptr<Rule> make_homog(const struct_sysOptions& /*so*/, const Slab& /*slab*/,
                                  const struct_layer& l) {
-  return std::make_unique<Uniform>(so, l);
+  return std::make_unique<Uniform>(l);
 }
 
 std::unique_ptr<Rule> make_grating(const struct_sysOptions& so, const Slab& /*slab*/,

@@ -19,11 +19,22 @@ template AlignedArray<double> allocate_aligned(std::size_t count);
 template AlignedArray<cpx> allocate_aligned(std::size_t count);
 template AlignedArray<std::complex<float>> allocate_aligned(std::size_t count);
 
+TurningPlane::Blocks::Blocks(int writers, int readers)
+    : step(static_cast<std::size_t>(writers * kBatch * kBatch + 3 * kBatch)),
+      values(allocate_aligned<cpx>(static_cast<std::size_t>(readers) * step)) {}
+
 TurningPlane::TurningPlane(int written_lines, int read_lines)
-    : block_step_(
-          static_cast<std::size_t>(groups_of(written_lines) * kBatch * kBatch + 3 * kBatch)),
-      blocks_(
-          allocate_aligned<cpx>(static_cast<std::size_t>(groups_of(read_lines)) * block_step_)) {}
+    : written_lines_(written_lines),
+      read_lines_(read_lines),
+      written_(groups_of(ranks::share(written_lines).size()), groups_of(read_lines)),
+      read_(groups_of(written_lines),
+            ranks::count() == 1 ? 0 : groups_of(ranks::share(read_lines).size())) {}
+
+void TurningPlane::exchange() {
+  if (ranks::count() > 1)
+    ranks::transpose(written_lines_, read_lines_, written_.values.get(), written_.step,
+                     read_.values.get(), read_.step);
+}
 
 Workspace::Workspace(int longest)
     : in(allocate_aligned<cpx>(kBatch * line_step(longest))),

@@ -8,17 +8,16 @@
 #include <vector>
 
 #include "many1d.h"
+#include "ranks/ranks.h"
 #include "system/system.h"
 #include "wpm/axis.h"
 
 namespace wpm {
 
 // Lines are handled in groups of this many.
-constexpr int kBatch = 8;
+constexpr int kBatch = ranks::kGroup;
+using ranks::groups_of;
 
-constexpr int groups_of(int n) {
-  return (n + kBatch - 1) / kBatch;
-}
 // Group number place in an order in which each is followed by the one that holds its mirror images:
 // threads that share out the places in runs share neither spectrum nor transfer functions.
 constexpr int mirrored(int place, int groups) {
@@ -46,27 +45,38 @@ constexpr std::size_t line_step(int n) {
 }
 
 // A plane on its way from lines in one direction to lines in the other: a writer brings eight
-// lines, a reader takes eight of the others. In blocks of 8 x 8 values, those of a reader one
-// behind the other: it reads one long run of memory, also what another core has just written, and
-// transforms it as it lies. Padded, so that a writer's blocks do not share cache sets.
+// lines, a reader takes eight of the others. It consists of blocks of 8 x 8 values; those of a
+// reader follow one another: the reader reads one long run of memory, also what another core has
+// just written, and transforms it in place. Padded, so that a writer's blocks do not share cache
+// sets. Ranks own writers and readers as they own lines; one rank reads where it has written.
 class TurningPlane {
  public:
-  // Of written_lines lines that hold read_lines values each; zeros.
+  // Of written_lines lines of read_lines values each, of all ranks; zeros.
   TurningPlane(int written_lines, int read_lines);
 
-  // The block of a writer and a reader, [line of the writer][line of the reader]. The blocks of a
-  // writer are block_step() apart.
+  // The block of one of the rank's own writers and any reader, [line of the writer][line of the
+  // reader]. The blocks of a writer are block_step() apart.
   [[nodiscard]] cpx* block(int writer, int reader) {
-    return blocks_.get() + static_cast<std::size_t>(reader) * block_step_ +
+    return written_.values.get() + static_cast<std::size_t>(reader) * written_.step +
            static_cast<std::size_t>(writer) * kBatch * kBatch;
   }
-  [[nodiscard]] std::size_t block_step() const { return block_step_; }
-  // The reader's lines, side by side: [value][line].
-  [[nodiscard]] cpx* lines(int reader) { return block(0, reader); }
+  [[nodiscard]] std::size_t block_step() const { return written_.step; }
+  // Brings what is written to the ranks that read it. For all ranks to call.
+  void exchange();
+  // The lines of one of the rank's own readers, side by side: [value][line].
+  [[nodiscard]] cpx* lines(int reader) {
+    Blocks& blocks = ranks::count() == 1 ? written_ : read_;
+    return blocks.values.get() + static_cast<std::size_t>(reader) * blocks.step;
+  }
 
  private:
-  std::size_t block_step_;
-  AlignedArray<cpx> blocks_;
+  struct Blocks {
+    Blocks(int writers, int readers);
+    std::size_t step;  // from reader to reader
+    AlignedArray<cpx> values;
+  };
+  int written_lines_, read_lines_;
+  Blocks written_, read_;
 };
 
 // What a thread works in: eight lines each of the input and the output of a transform, and of its

@@ -1,4 +1,5 @@
 // The reference's sums, one step at a time.
+#include "ranks/ranks.h"
 #include "wpm/axes.h"
 #include "wpm/spectrum.h"
 #include "wpm/stepper.h"
@@ -10,12 +11,17 @@ namespace {
 class DirectStepper : public CpuStepper {
  public:
   DirectStepper(const Grid& grid, const StepOptions& options)
-      : grid_(grid), options_(options), axes_(grid), spectrum_(grid.ny, grid.nx) {}
+      : grid_(grid),
+        rows_(ranks::share(grid.ny)),
+        options_(options),
+        axes_(grid),
+        spectrum_(grid.ny, grid.nx) {}
 
   void step(const Slice& from, const Slice& to) override {
     const cpx* S = spectrum_.of(from.E);
     superpose(plane_waves(S, axes_.KX.data(), axes_.KY.data(), grid_.ny, grid_.nx), options_,
-              {to.E, to.F, from.N, to.N, axes_.X.data(), axes_.Y.data(), grid_.ny, grid_.nx});
+              {to.E, to.F, from.N, to.N, axes_.X.data(), axes_.Y.data() + rows_.begin, rows_.size(),
+               grid_.nx});
     ++counts_.direct;
   }
 
@@ -24,6 +30,7 @@ class DirectStepper : public CpuStepper {
 
  private:
   Grid grid_;
+  ranks::Share rows_;
   StepOptions options_;
   Axes axes_;
   Spectrum spectrum_;

@@ -53,9 +53,9 @@ EdgeMask::EdgeMask(const Grid& grid, const Window& window, double width, double 
       area_(grid.dx * grid.dy) {
   if (!fits(grid.nx, grid.dx, width) || !fits(grid.ny, grid.dy, width))
     diagnostics::fail("edge is wider than half the domain; make it smaller, or x and y larger");
-  const std::vector<double> all = std::move(factor_x_);
-  const int end = std::min(window.x_end, static_cast<int>(all.size()));
-  if (window.x_begin < end) factor_x_.assign(all.begin() + window.x_begin, all.begin() + end);
+  const std::vector<double> all = std::move(factor_y_);
+  factor_y_.assign(all.begin() + window.y_begin,
+                   all.begin() + std::max(window.y_begin, window.y_end));
 }
 
 void EdgeMask::apply(int k, cpx* E) {

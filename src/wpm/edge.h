@@ -29,7 +29,7 @@ class EdgeMask : public FieldMask {
   // width, wavelength of the medium in m. An axis of one sample has no edge. Ends the process if
   // the width is above half the domain.
   EdgeMask(const Grid& grid, double width, double wavelength);
-  // For slices that hold the columns of a window alone; apply is then for all ranks to call.
+  // For slices of the rows of a window alone; apply is then for all ranks to call.
   EdgeMask(const Grid& grid, const Window& window, double width, double wavelength);
 
   void apply(int k, cpx* E) override;

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 
+#include "ranks/ranks.h"
 #include "wpm/axes.h"
 #include "wpm/cost.h"
 #include "wpm/loops.h"
@@ -24,14 +25,15 @@ class FastStepper : public CpuStepper {
  public:
   FastStepper(const Grid& grid, const StepOptions& options)
       : grid_(grid),
+        rows_(ranks::share(grid.ny)),
         options_(options),
         axes_(grid),
         x_(grid.nx),
         y_(grid.ny),
         spectrum_(x_, y_, workspaces(std::max(grid.nx, grid.ny))),
         runs_(grid),
-        transfers_(FoldedFrequencies(x_, y_, axes_.KX.data(), axes_.KY.data()), options,
-                   kTransferBytes),
+        transfers_(FoldedFrequencies(x_, y_, axes_.KX.data(), axes_.KY.data(), spectrum_.folds()),
+                   options, kTransferBytes),
         sums_(x_, y_, workspaces_) {
     if (options.tolerance > 0.0)
       many_ = std::make_unique<ManyPairs>(
@@ -53,13 +55,14 @@ class FastStepper : public CpuStepper {
     pace.took(std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
   }
 
-  // The flux has the bits of F added up sample by sample, as it is of slices of which F is all
-  // there is. Sums of tame plane waves are finite.
+  // Of the rank's own rows. The flux has the bits of F added up sample by sample, as it is of
+  // slices of which F is all there is. Sums of tame plane waves are finite.
   void finish(Slice& to) override {
     to.flux = flux_;
     to.health.reset();
     if (flux_)
-      to.health = std::all_of(to.E, to.E + grid_.plane(), [](const cpx& e) { return e == 0.0; })
+      to.health = std::all_of(to.E, to.E + rows_.size() * std::ptrdiff_t{grid_.nx},
+                              [](const cpx& e) { return e == 0.0; })
                       ? Health::kDark
                       : Health::kLight;
   }
@@ -80,7 +83,8 @@ class FastStepper : public CpuStepper {
       many_->sum(to, runs_, spectrum_, transfers_, sums_);
       taken_ = "transforms, pairs interpolated";
       ++counts_.interpolated;
-    } else if (transforms_are_cheaper(runs_.pairs()) && transfers_.are_tame(runs_.pairs())) {
+    } else if (transforms_are_cheaper(runs_.pairs()) &&
+               ranks::all(transfers_.are_tame(runs_.pairs()))) {
       sum_by_transforms(to);
       taken_ = "transforms";
       ++counts_.transforms;
@@ -95,12 +99,13 @@ class FastStepper : public CpuStepper {
     return workspaces_;
   }
 
-  // pairs: those to transform; the direct sum has those of the step.
+  // pairs: those to transform; the direct sum has those of the step. Ranks may keep different
+  // numbers of transfer functions: the one that must make most decides.
   [[nodiscard]] bool transforms_are_cheaper(const std::vector<IndexPair>& pairs) {
     return wpm::transforms_are_cheaper(
         {static_cast<double>(grid_.plane()), static_cast<double>(spectrum_.kept()),
          static_cast<double>(runs_.pairs().size()), static_cast<double>(pairs.size()),
-         static_cast<double>(transfers_.begin(pairs))});
+         static_cast<double>(ranks::most(static_cast<int>(transfers_.begin(pairs))))});
   }
 
   void sum_by_transforms(const Slice& to) {
@@ -111,12 +116,11 @@ class FastStepper : public CpuStepper {
       const std::uint32_t end = std::min(pairs, first + batch);
       sums_.columns(spectrum_, transfers_.get({runs_.pairs().data() + first, end - first}),
                     flux_of_pairs_.data() + first);
-      sums_.rows(4.0 * (end - first) * static_cast<double>(grid_.plane()),
-                 [&](int group, PlaneSums::RowGroup rows) {
-                   for (std::uint32_t pair = first; pair < end; ++pair)
-                     place(group, pair, static_cast<int>(pair - first), flux_of_pairs_[pair], rows,
-                           to);
-                 });
+      sums_.rows(
+          4.0 * (end - first) * rows_.size() * grid_.nx, [&](int group, PlaneSums::RowGroup rows) {
+            for (std::uint32_t pair = first; pair < end; ++pair)
+              place(group, pair, static_cast<int>(pair - first), flux_of_pairs_[pair], rows, to);
+          });
     }
     flux_ = runs_.sum_of(flux_of_pairs_);
   }
@@ -145,12 +149,14 @@ class FastStepper : public CpuStepper {
         plane_waves(forward_->of(from.E), axes_.KX.data(), axes_.KY.data(), grid_.ny, grid_.nx);
     const bool is_known = keep_what_decides(waves, grid_.plane(), runs_.pairs(), options_);
     superpose(waves, options_,
-              {to.E, to.F, from.N, to.N, axes_.X.data(), axes_.Y.data(), grid_.ny, grid_.nx});
+              {to.E, to.F, from.N, to.N, axes_.X.data(), axes_.Y.data() + rows_.begin, rows_.size(),
+               grid_.nx});
     taken_ = is_known ? "NaN everywhere" : "direct sum";
     ++(is_known ? counts_.known : counts_.direct);
   }
 
   Grid grid_;
+  ranks::Share rows_;  // the rank's own; all its slices are these rows
   StepOptions options_;
   Axes axes_;
   Axis x_, y_;

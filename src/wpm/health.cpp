@@ -22,7 +22,7 @@ Health health_of(const cpx* E, std::size_t count) {
 
 namespace {
 
-// Of a slice, from its windows; of no samples it is dark.
+// Of a slice, from what each rank has of it; of no samples it is dark.
 Health of_all_ranks(Health mine) {
   if (ranks::any(mine == Health::kNotFinite)) return Health::kNotFinite;
   return ranks::all(mine == Health::kDark) ? Health::kDark : Health::kLight;
@@ -32,7 +32,7 @@ Health of_all_ranks(Health mine) {
 
 void HealthWatch::slice_done(int k, const Slice& slice) {
   if (slice.health && !is_decided())
-    judge(k, *slice.health);
+    judge(k, of_all_ranks(*slice.health));
   else
     look_at(k, slice.E);
 }

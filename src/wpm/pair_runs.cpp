@@ -1,7 +1,10 @@
 #include "wpm/pair_runs.h"
 
 #include <algorithm>
+#include <cstring>
+#include <string>
 
+#include "ranks/ranks.h"
 #include "wpm/batches.h"
 #include "wpm/loops.h"
 #include "wpm/repeated_addition.h"
@@ -28,7 +31,7 @@ void IndexRuns::find(const Slice& slice, int ny, int nx) {
   });
 }
 
-PairRuns::PairRuns(const Grid& grid) : nx_(grid.nx), ny_(grid.ny) {}
+PairRuns::PairRuns(const Grid& grid) : nx_(grid.nx), ny_(ranks::share(grid.ny).size()) {}
 
 namespace {
 
@@ -87,7 +90,29 @@ bool PairRuns::find(const Slice& from, const Slice& to) {
     sort_by_pair(runs_.begin() + static_cast<std::ptrdiff_t>(group_begin_.back()), runs_.end());
     group_begin_.push_back(runs_.size());
   }
+  if (ranks::count() > 1) share_pairs();
   return true;
+}
+
+// Rows follow one another in the order of the ranks, and so do the pairs.
+void PairRuns::share_pairs() {
+  const std::vector<IndexPair> own = pairs_;
+  const std::string bytes =
+      ranks::from_all({reinterpret_cast<const char*>(own.data()), own.size() * sizeof(IndexPair)});
+  pairs_.clear();
+  places_.clear();
+  for (std::size_t at = 0; at < bytes.size(); at += sizeof(IndexPair)) {
+    IndexPair pair;
+    std::memcpy(static_cast<void*>(&pair), bytes.data() + at, sizeof pair);
+    places_.place_of(pair, pairs_);
+  }
+  std::vector<std::uint32_t> place;
+  for (const IndexPair& pair : own) place.push_back(places_.place_of(pair, pairs_));
+  for (Run& run : runs_) run.pair = place[run.pair];
+  for (Alike& alike : in_order_) alike.pair = place[alike.pair];
+  for (std::size_t group = 0; group + 1 < group_begin_.size(); ++group)
+    sort_by_pair(runs_.begin() + static_cast<std::ptrdiff_t>(group_begin_[group]),
+                 runs_.begin() + static_cast<std::ptrdiff_t>(group_begin_[group + 1]));
 }
 
 std::span<const Run> PairRuns::in_group(int group) const {

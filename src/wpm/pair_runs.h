@@ -29,27 +29,31 @@ struct IndexRuns {
   void find(const Slice& slice, int ny, int nx);
 };
 
-// The pairs of a step, distinct to the bit in order of first appearance, and their samples as runs.
+// The pairs of a step, distinct to the bit in order of first appearance, the same list on all
+// ranks; and the samples of the rank's own rows as runs of pairs.
 class PairRuns {
  public:
   explicit PairRuns(const Grid& grid);
 
   // Finds those of a step. Of a stretch of slices that are alike the first is looked at; false if
-  // the step is such a one.
+  // the step is such a one. For all ranks to call.
   bool find(const Slice& from, const Slice& to);
 
   [[nodiscard]] const std::vector<IndexPair>& pairs() const { return pairs_; }
   // The runs in eight rows: all of them, by pair, and those of a pair.
   [[nodiscard]] std::span<const Run> in_group(int group) const;
   [[nodiscard]] std::span<const Run> in_group(int group, std::uint32_t pair) const;
-  // The place in pairs of each sample, [ny][nx].
+  // The place in pairs of each sample, [own rows][nx].
   void places(std::uint32_t* of_samples) const;
-  // The sum over all samples, row by row, of a number that each pair has; added one by one.
+  // The sum over the rank's own samples, row by row, of a number that each pair has; added one by
+  // one.
   [[nodiscard]] double sum_of(std::span<const double> number_of_pair) const;
 
  private:
-  int nx_, ny_;
   std::uint32_t place_of(const IndexPair& pair);
+  void share_pairs();
+
+  int nx_, ny_;  // ny_: the rank's own rows
 
   IndexRuns from_, to_;
   std::vector<IndexPair> pairs_;

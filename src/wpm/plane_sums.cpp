@@ -6,6 +6,7 @@
 
 #include "wpm/loops.h"
 #include "wpm/threads.h"
+#include "wpm/wisdom_of_ranks.h"
 
 namespace wpm {
 namespace {
@@ -37,44 +38,58 @@ PlaneSums::PlaneSums(const Axis& x, const Axis& y, std::vector<Workspace>& works
   Workspace& work = workspaces_.front();
   // Rows lie side by side in the plane.
   const fftwpp::many_layout rows = {x.n, kBatch, kBatch, 1, 1, static_cast<int>(line_step(x.n))};
-  column_ = inverse_of_lines(y.n, work);
-  row_ = std::make_unique<fftwpp::fft1d_many>(rows, 1, work.in.get(), work.out.get());
-  column_drift_ = drift_of_lines(y.n, work);
-  row_drift_ =
-      std::make_unique<fftwpp::fft1f_many>(rows, 1, work.drift_in.get(), work.drift_out.get());
+  plan_alike([&] {
+    column_ = inverse_of_lines(y.n, work);
+    row_ = std::make_unique<fftwpp::fft1d_many>(rows, 1, work.in.get(), work.out.get());
+    column_drift_ = drift_of_lines(y.n, work);
+    row_drift_ =
+        std::make_unique<fftwpp::fft1f_many>(rows, 1, work.drift_in.get(), work.drift_out.get());
+  });
 }
 
 void PlaneSums::columns(const BinnedSpectrum& spectrum, std::span<const Transfer* const> transfers,
                         double* flux) {
-  const int groups = groups_of(x_.n);
+  const ranks::Share& bins = spectrum.bins();
+  const ranks::Share& folds = spectrum.folds();
+  const int groups = groups_of(bins.size());
   while (planes_.size() < transfers.size())
     planes_.push_back({TurningPlane(x_.n, y_.n), std::vector<char>(at(groups)),
-                       std::vector<double>(at(x_.folds))});
-  const double work = kColumnPass * x_.n * y_.n * static_cast<double>(transfers.size());
+                       std::vector<double>(at(folds.size()))});
+  const double work = kColumnPass * bins.size() * y_.n * static_cast<double>(transfers.size());
   share_out(groups, work, [&](int place, int worker) {
     const int group = mirrored(place, groups);
+    const int first = bins.begin + group * kBatch;
     for (std::size_t sum = 0; sum < transfers.size(); ++sum) {
       Plane& plane = planes_[sum];
       transform_columns(group, spectrum, *transfers[sum], plane, workspaces_[at(worker)]);
       if (flux == nullptr) continue;
-      for (int fold = group * kBatch; fold < std::min(x_.folds, (group + 1) * kBatch); ++fold)
-        plane.flux_of_folds[at(fold)] = weighted_sum(
-            y_.folds, spectrum.power(fold), transfers[sum]->flux.data() + at(fold) * at(y_.folds));
+      for (int bin = first; bin < std::min(bins.end, first + kBatch); ++bin) {
+        const int fold = std::min(bin, x_.n - bin);
+        if (bin != fold && bins.holds(fold)) continue;  // its power is in that of the mirror image
+        plane.flux_of_folds[at(fold - folds.begin)] = flux_of_fold(fold, spectrum, *transfers[sum]);
+      }
     }
   });
+  for (std::size_t sum = 0; sum < transfers.size(); ++sum) planes_[sum].values.exchange();
   if (flux == nullptr) return;
   // In one order, so that the sum does not depend on the threads.
   for (std::size_t sum = 0; sum < transfers.size(); ++sum)
     flux[sum] =
         std::accumulate(planes_[sum].flux_of_folds.begin(), planes_[sum].flux_of_folds.end(), 0.0);
+  ranks::sum(flux, transfers.size());
+}
+
+double PlaneSums::flux_of_fold(int fold, const BinnedSpectrum& spectrum,
+                               const Transfer& transfer) const {
+  return weighted_sum(y_.folds, spectrum.power(fold),
+                      transfer.flux.data() + at(fold - spectrum.folds().begin) * at(y_.folds));
 }
 
 double PlaneSums::flux(const BinnedSpectrum& spectrum, const Transfer& transfer) {
   double sum = 0.0;
-  for (int fold = 0; fold < x_.folds; ++fold)
-    sum += weighted_sum(y_.folds, spectrum.power(fold),
-                        transfer.flux.data() + at(fold) * at(y_.folds));
-  return sum;
+  for (int fold = spectrum.folds().begin; fold < spectrum.folds().end; ++fold)
+    sum += flux_of_fold(fold, spectrum, transfer);
+  return ranks::sum(sum);
 }
 
 void PlaneSums::transform_columns(int group, const BinnedSpectrum& spectrum,
@@ -82,12 +97,12 @@ void PlaneSums::transform_columns(int group, const BinnedSpectrum& spectrum,
   const std::size_t step = line_step(y_.n);
   bool is_live = false;
   for (int line = 0; line < kBatch; ++line) {
-    const int bin = group * kBatch + line;
+    const int bin = spectrum.bins().begin + group * kBatch + line;
     cpx* in = work.in.get() + at(line) * step;
     std::complex<float>* drift_in = work.drift_in.get() + at(line) * step;
-    const int fold = std::min(bin, x_.n - bin);
-    if (bin < x_.n && !spectrum.is_empty(bin) && transfer.is_blank[at(fold)] == 0) {
-      apply_transfer(y_.n, spectrum.column(bin), transfer.field.data() + at(fold) * at(y_.folds),
+    const std::size_t fold = at(std::min(bin, x_.n - bin) - spectrum.folds().begin);
+    if (!spectrum.is_empty(bin) && transfer.is_blank[fold] == 0) {
+      apply_transfer(y_.n, spectrum.column(bin), transfer.field.data() + fold * at(y_.folds),
                      number_y_.data(), in, drift_in);
       is_live = true;
     } else {

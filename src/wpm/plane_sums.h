@@ -14,7 +14,8 @@ namespace wpm {
 // of the axes: columns first, each with the drift in y, then rows with the drift in x. The
 // corrections are below 1e-6 of the sum, so single precision keeps them to 1e-13. A transform is
 // two passes over the plane, eight lines at a time, by all threads; those of several sums go
-// together, so that threads wait for each other less often.
+// together, so that threads wait for each other less often. A rank does the columns of its own bins
+// and its own rows; between them the ranks exchange the plane.
 //
 //   sums.columns(spectrum, {&transfer_a, &transfer_b}, flux);
 //   sums.rows(group by group: what to do with each sum)
@@ -25,7 +26,7 @@ class PlaneSums {
   // How many sums may be begun before rows() ends them.
   [[nodiscard]] int batch() const { return batch_; }
 
-  // The flux of a sample.
+  // The flux of a sample. This and columns are for all ranks to call.
   double flux(const BinnedSpectrum& spectrum, const Transfer& transfer);
   // Begins the sums of a batch. flux, if it is given, takes the flux of a sample in each.
   void columns(const BinnedSpectrum& spectrum, std::span<const Transfer* const> transfers,
@@ -37,7 +38,8 @@ class PlaneSums {
     const std::complex<float>* correction;  // [x.n]
     const double* drift;                    // [2 x.n]
   };
-  // Row line of sum number plane, in a group of rows; inside of rows() alone, after prepare.
+  // Row line of sum number plane, in a group of the rank's own rows; inside of rows() alone, after
+  // prepare.
   class RowGroup {
    public:
     void prepare(int plane);
@@ -56,7 +58,7 @@ class PlaneSums {
   // Calls use(group, rows) for each group of eight rows, on several threads at once.
   template <typename Use>
   void rows(double nanoseconds, Use use) {
-    share_out(groups_of(y_.n), nanoseconds, [&](int group, int worker) {
+    share_out(groups_of(ranks::share(y_.n).size()), nanoseconds, [&](int group, int worker) {
       use(group, RowGroup(*this, group, workspaces_[static_cast<std::size_t>(worker)]));
     });
   }
@@ -64,9 +66,11 @@ class PlaneSums {
  private:
   struct Plane {
     TurningPlane values;
-    std::vector<char> is_live;          // [column group]; zeros elsewhere
-    std::vector<double> flux_of_folds;  // [x.folds]
+    std::vector<char> is_live;          // [own column group]; zeros elsewhere
+    std::vector<double> flux_of_folds;  // [own folds of x]
   };
+  [[nodiscard]] double flux_of_fold(int fold, const BinnedSpectrum& spectrum,
+                                    const Transfer& transfer) const;
   void transform_columns(int group, const BinnedSpectrum& spectrum, const Transfer& transfer,
                          Plane& plane, Workspace& work);
 

@@ -4,7 +4,6 @@
 
 #include "wpm/batches.h"
 #include "wpm/threads.h"
-#include "wpm/windows.h"
 
 namespace {
 
@@ -20,7 +19,7 @@ RollingPair::RollingPair(const IndexStack& stack, const cpx* E0, const double* F
 RollingPair::RollingPair(const IndexStack& stack, const Window& window, const cpx* E0,
                          const double* F0)
     : stack_(stack), window_(window) {
-  const std::size_t plane = wpm::samples_of(stack.grid(), window);
+  const std::size_t plane = plane_of(stack.grid(), window);
   slices_[0].E.assign(E0, E0 + plane);
   slices_[0].F.assign(F0, F0 + plane);
   slices_[1].E.resize(plane);
@@ -30,7 +29,7 @@ RollingPair::RollingPair(const IndexStack& stack, const Window& window, const cp
 }
 
 Window RollingPair::window_of(int k) const {
-  return {window_.x_begin, window_.x_end, k, k + 1};
+  return {window_.y_begin, window_.y_end, k, k + 1};
 }
 
 // A slice that equals the one before it shares its index plane; another is painted into the free
@@ -48,8 +47,8 @@ void RollingPair::paint(int k) {
 // their caches.
 void RollingPair::darken(Buffers& slice) const {
   constexpr double kSample = 0.5;  // ns
-  const int rows = stack_.grid().ny;
-  const auto row_size = static_cast<std::ptrdiff_t>(window_.columns());
+  const int rows = window_.rows();
+  const std::ptrdiff_t row_size = stack_.grid().nx;
   wpm::share_out(wpm::groups_of(rows), kSample * static_cast<double>(slice.E.size()),
                  [&](int group, int /*worker*/) {
                    const std::ptrdiff_t first = group * wpm::kBatch * row_size;

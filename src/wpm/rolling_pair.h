@@ -10,7 +10,7 @@ class RollingPair : public Slices {
  public:
   // E0, F0: the incident slice, [ny][nx], copied. The stack must outlive the pair.
   RollingPair(const IndexStack& stack, const cpx* E0, const double* F0);
-  // Of the columns of a window alone: all slices are [ny][its columns].
+  // Of the rows of a window alone: all slices are [its rows][nx].
   RollingPair(const IndexStack& stack, const Window& window, const cpx* E0, const double* F0);
 
   // Slices in order: k is the newest one or the next.

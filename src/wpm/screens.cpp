@@ -79,17 +79,6 @@ std::vector<cpx> factors_of(const struct_layer& l, const Grid& grid,
   return factors;
 }
 
-// Those of a slice in the columns of a window.
-std::vector<cpx> columns_of(const std::vector<cpx>& slice, const Grid& grid, const Window& window) {
-  if (window.columns() == grid.nx) return slice;
-  std::vector<cpx> part;
-  for (std::ptrdiff_t row = 0; row < grid.ny; ++row) {
-    const auto begin = slice.begin() + row * grid.nx;
-    part.insert(part.end(), begin + window.x_begin, begin + window.x_end);
-  }
-  return part;
-}
-
 }  // namespace
 
 ScreenMask::ScreenMask(const Grid& grid, const std::vector<Screen>& screens,
@@ -103,7 +92,9 @@ ScreenMask::ScreenMask(const Grid& grid, const Window& window, const std::vector
       diagnostics::fail(data::place(configuration, screen.line) +
                         ": the screen lies behind the domain, at slice " + std::to_string(slice) +
                         " of " + std::to_string(grid.nz) + "; make the layers before it thinner");
-    std::vector<cpx> factors = columns_of(factors_of(screen, grid, configuration), grid, window);
+    const std::vector<cpx> whole = factors_of(screen, grid, configuration);
+    const auto begin = whole.begin() + std::ptrdiff_t{window.y_begin} * grid.nx;
+    std::vector<cpx> factors(begin, begin + static_cast<std::ptrdiff_t>(plane_of(grid, window)));
     const auto [place, is_first] = factors_.try_emplace(slice, std::move(factors));
     if (is_first) continue;
     std::transform(factors.begin(), factors.end(), place->second.begin(), place->second.begin(),

@@ -23,7 +23,7 @@ class ScreenMask : public FieldMask {
   // file does not serve.
   ScreenMask(const Grid& grid, const std::vector<Screen>& screens,
              const std::string& configuration);
-  // For slices that hold the columns of a window alone.
+  // For slices of the rows of a window alone.
   ScreenMask(const Grid& grid, const Window& window, const std::vector<Screen>& screens,
              const std::string& configuration);
 
@@ -31,5 +31,5 @@ class ScreenMask : public FieldMask {
   [[nodiscard]] bool covers(int k) const override { return factors_.count(k) != 0; }
 
  private:
-  std::map<int, std::vector<cpx>> factors_;  // of the slices with screens, [ny][columns]
+  std::map<int, std::vector<cpx>> factors_;  // of the slices with screens, [rows][nx]
 };

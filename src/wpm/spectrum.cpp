@@ -2,9 +2,11 @@
 
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "diagnostics.h"
 #include "fftw++.h"
+#include "wpm/wisdom_of_ranks.h"
 
 namespace wpm {
 namespace {
@@ -22,15 +24,26 @@ cpx* allocate_samples(std::size_t samples) {
 // nx is the first, slower extent although the rows of a slice hold nx samples: on a grid that is
 // not square the transform reads the slice as nx rows of ny. The system is defined so.
 Spectrum::Spectrum(int ny, int nx)
-    : S_(allocate_samples(static_cast<std::size_t>(nx) * static_cast<std::size_t>(ny)), std::free) {
-  forward_ = std::make_unique<fftwpp::fft2d>(static_cast<unsigned int>(nx),
-                                             static_cast<unsigned int>(ny), -1, nullptr, S_.get());
+    : ny_(ny),
+      nx_(nx),
+      S_(allocate_samples(static_cast<std::size_t>(nx) * static_cast<std::size_t>(ny)), std::free) {
+  plan_alike([&] {
+    forward_ = std::make_unique<fftwpp::fft2d>(
+        static_cast<unsigned int>(nx), static_cast<unsigned int>(ny), -1, nullptr, S_.get());
+  });
 }
 
 Spectrum::~Spectrum() = default;
 
-const cpx* Spectrum::of(cpx* slice) {
-  forward_->fft(slice, S_.get());
+const cpx* Spectrum::of(cpx* own_rows) {
+  if (ranks::count() == 1) {
+    forward_->fft(own_rows, S_.get());
+    return S_.get();
+  }
+  std::vector<cpx> slice(static_cast<std::size_t>(nx_) * static_cast<std::size_t>(ny_));
+  ranks::gather_lines_everywhere(own_rows, slice.data(), ny_,
+                                 static_cast<std::size_t>(nx_) * sizeof(cpx));
+  forward_->fft(slice.data(), S_.get());
   return S_.get();
 }
 

@@ -19,10 +19,12 @@ class Spectrum {
   Spectrum(const Spectrum&) = delete;
   Spectrum& operator=(const Spectrum&) = delete;
 
-  // The unnormalised forward transform of slice, [ny][nx]; valid until the next call.
-  const cpx* of(cpx* slice);
+  // The unnormalised forward transform of a slice, [ny][nx], on every rank, from the rank's own
+  // rows of it; valid until the next call. For all ranks to call, as the constructor is.
+  const cpx* of(cpx* own_rows);
 
  private:
+  int ny_, nx_;
   std::unique_ptr<cpx, void (*)(void*)> S_;
   std::unique_ptr<fftwpp::fft2d> forward_;
 };

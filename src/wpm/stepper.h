@@ -1,4 +1,5 @@
-// The steppers of the CPU.
+// The steppers of the CPU. Several ranks make one each and call it together; their slices are the
+// rows that they own, [own rows][nx], and nx = ny. All ranks take the same decisions.
 #pragma once
 
 #include <memory>
@@ -24,8 +25,8 @@ class CpuStepper : public Stepper {
 };
 
 // The direct sum, the reference's: every plane wave at every sample. Same bits as zerith_3D, for
-// any number of threads. Plans at construction with FFTW_MEASURE; reads and rewrites the wisdom
-// file. Cost of a step (nx*ny)^2.
+// any number of threads and of ranks. Plans at construction with FFTW_MEASURE; reads and rewrites
+// the wisdom file. Cost of a step (nx*ny)^2.
 std::unique_ptr<CpuStepper> make_direct_stepper(const Grid& grid, const StepOptions& options);
 
 // The same sums by transforms: max|dE| stays within 1e-11 of max|E| over a hundred slices. For each
@@ -41,10 +42,3 @@ std::unique_ptr<CpuStepper> make_direct_stepper(const Grid& grid, const StepOpti
 // stepped from; where that cannot be had, the pairs are summed one by one. Trimmed Fresnel
 // coefficients change in steps of their own and are never interpolated.
 std::unique_ptr<CpuStepper> make_fast_stepper(const Grid& grid, const StepOptions& options);
-
-// The same where each rank has a range of columns: slices are the ranks' windows, [ny][own
-// columns]. For all ranks to make and to call; nx = ny. The direct sum's bits are those of one
-// process; the fast one takes the same decisions and agrees to 1e-13 of max|E|, with one exchange
-// of the slice's samples forward and one for each pair. It has no tolerance.
-std::unique_ptr<CpuStepper> make_rank_direct_stepper(const Grid& grid, const StepOptions& options);
-std::unique_ptr<CpuStepper> make_rank_fast_stepper(const Grid& grid, const StepOptions& options);

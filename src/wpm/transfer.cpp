@@ -29,8 +29,12 @@ bool fill_row(std::size_t fold_x, const IndexPair& pair, const FoldedFrequencies
     field = 0.0;
     flux = 0.0;
     const double ky = folds.ky[fold_y];
-    const PlaneWave unit = {
-        1.0, kx, ky, kx * kx + ky * ky, folds.fold_x[fold_x], static_cast<int>(fold_y)};
+    const PlaneWave unit = {1.0,
+                            kx,
+                            ky,
+                            kx * kx + ky * ky,
+                            folds.first + static_cast<int>(fold_x),
+                            static_cast<int>(fold_y)};
     const Mode mode = mode_of(unit, pair, options);
     if (!mode.contributes) continue;
     const cpx f_t = mode.transmitted(unit.f);
@@ -45,23 +49,18 @@ bool fill_row(std::size_t fold_x, const IndexPair& pair, const FoldedFrequencies
 
 }  // namespace
 
-FoldedFrequencies::FoldedFrequencies(const Axis& x, const Axis& y, const cpx* KX, const cpx* KY)
-    : FoldedFrequencies(x, y, KX, KY, 0, x.n) {}
-
-FoldedFrequencies::FoldedFrequencies(const Axis& first, const Axis& second, const cpx* K_first,
-                                     const cpx* K_second, int begin, int end) {
-  const auto collect = [](const Axis& axis, const cpx* K, int from, int to) {
+FoldedFrequencies::FoldedFrequencies(const Axis& x, const Axis& y, const cpx* KX, const cpx* KY,
+                                     const ranks::Share& folds)
+    : first(folds.begin) {
+  const auto collect = [](const Axis& axis, const cpx* K) {
     std::map<int, double> of_fold;
-    for (int p = from; p < to; ++p)
-      of_fold[axis.fold[static_cast<std::size_t>(axis.bin[static_cast<std::size_t>(p)])]] =
-          K[p].real();
+    for (std::size_t p = 0; p < axis.bin.size(); ++p)
+      of_fold[axis.fold[static_cast<std::size_t>(axis.bin[p])]] = K[p].real();
     return of_fold;
   };
-  for (const auto& [fold, k] : collect(first, K_first, begin, end)) {
-    fold_x.push_back(fold);
-    kx.push_back(k);
-  }
-  for (const auto& [fold, k] : collect(second, K_second, 0, second.n)) ky.push_back(k);
+  for (const auto& [fold, k] : collect(x, KX))
+    if (folds.holds(fold)) kx.push_back(k);
+  for (const auto& [fold, k] : collect(y, KY)) ky.push_back(k);
 }
 
 void find_transfer(const IndexPair& pair, const FoldedFrequencies& folds,

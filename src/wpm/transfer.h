@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "ranks/ranks.h"
 #include "wpm/axis.h"
 #include "wpm/index_pairs.h"
 #include "wpm/modes.h"
@@ -15,23 +16,23 @@ namespace wpm {
 // Memory for transfer functions that recur: over 600 pairs at 256 x 256.
 constexpr std::size_t kTransferBytes = std::size_t{256} << 20U;
 
-// One pair's, [fold of kx][fold of ky]: they depend on the frequencies' squares alone, so a value
-// serves both signs of both.
+// One pair's, [own fold of kx][fold of ky]: they depend on the frequencies' squares alone, so a
+// value serves both signs of both.
 struct Transfer {
   std::vector<cpx> field;      // factor of the field, longitudinal phase included; 0 where dropped
   std::vector<double> flux;    // factor of |f|^2
-  std::vector<char> is_blank;  // [fold of kx]: the factors of the field are all 0
+  std::vector<char> is_blank;  // [own fold of kx]: the factors of the field are all 0
   bool is_tame = true;         // finite and far from overflow
 };
 
-// The frequencies of each fold, as the plane waves have them.
+// The frequencies of folds, as the plane waves have them: those in folds of kx, all of ky.
 struct FoldedFrequencies {
-  FoldedFrequencies(const Axis& x, const Axis& y, const cpx* KX, const cpx* KY);
-  // Those of the frequencies begin to end - 1 of the first axis alone, in order of the folds.
-  FoldedFrequencies(const Axis& first, const Axis& second, const cpx* K_first, const cpx* K_second,
-                    int begin, int end);
+  FoldedFrequencies(const Axis& x, const Axis& y, const cpx* KX, const cpx* KY,
+                    const ranks::Share& folds);
+  FoldedFrequencies(const Axis& x, const Axis& y, const cpx* KX, const cpx* KY)
+      : FoldedFrequencies(x, y, KX, KY, {0, x.folds}) {}
   std::vector<double> kx, ky;
-  std::vector<int> fold_x;  // of each kx
+  int first;  // the fold of the first kx
 };
 
 // Worked out by all threads. Cost: a mode for each four plane waves. Memory that transfer has is

@@ -118,14 +118,14 @@ class EveryComponent : public testing::TestWithParam<Component> {};
 
 TEST_P(EveryComponent, HasTheFilesOfOneProcess) {
   const std::string text =
-      scene(18, GetParam().layers, std::string(GetParam().name) == "Taper" ? "edge = 1\n" : "");
+      scene(34, GetParam().layers, std::string(GetParam().name) == "Taper" ? "edge = 1\n" : "");
   const std::string options = "-i a.cfg -p --fast -x 1 -l 7";
   TempDir one;
   one.write("a.cfg", text);
   const bool needs_file = std::string(GetParam().name) == "IndexFile";
   if (needs_file) {
     TempDir maker;
-    maker.write("a.cfg", scene(18, kComponents[4].layers));
+    maker.write("a.cfg", scene(34, kComponents[4].layers));
     ASSERT_EQ(run_zerith(maker, {"-q", "-i", "a.cfg", "-p", "--fast"}).status, 0);
     std::filesystem::copy_file(maker.path("all.h5"), one.path("n.h5"));
   }
@@ -170,14 +170,14 @@ void expect_alike(const std::string& text, int ranks, const std::string& options
 // Every plane that a stream can save, and odd sizes, whose last frequency shares a place.
 TEST(Ranks, SaveAnyPlane) {
   const std::string guide = kComponents[1].layers;
-  expect_alike(scene(15, guide), 2, "--fast -x 2 -l 3 -r record");
-  expect_alike(scene(15, guide), 4, "--fast -l -1");
-  expect_alike(scene(15, guide, "hfield = 1\n"), 3, "--fast -x 1 -l 200 --threads 2");
+  expect_alike(scene(25, guide), 2, "--fast -x 2 -l 3 -r record");
+  expect_alike(scene(25, guide), 4, "--fast -l -1");
+  expect_alike(scene(25, guide, "hfield = 1\n"), 3, "--fast -x 1 -l 200 --threads 2");
 }
 
 // Where no monitor looks at the rest, only a plane's own rows come to the first rank.
 TEST(Ranks, BringTogetherWhatAPlaneShows) {
-  std::string text = scene(12, kComponents[1].layers);
+  std::string text = scene(30, kComponents[1].layers);
   text.erase(text.find("[monitor]"));
   for (const std::string options : {"--fast -x 1 -l 7", "--fast -x 2 -l 3", "--fast -l 9"}) {
     TempDir one;
@@ -191,16 +191,17 @@ TEST(Ranks, BringTogetherWhatAPlaneShows) {
   }
 }
 
-// Five ranks own 1, 1, 1, 1 and no columns, and at eleven of them most own none.
-TEST(Ranks, MayBeMoreThanColumns) {
-  expect_alike(scene(4, kComponents[5].layers), 5, "--fast");
-  expect_alike(scene(4, kComponents[1].layers), 11, "--stream");
+// Rows are shared out in groups of eight: five ranks own 8, 2 and then no rows, and of eleven most
+// own none.
+TEST(Ranks, MayBeMoreThanGroupsOfRows) {
+  expect_alike(scene(10, kComponents[5].layers), 5, "--fast");
+  expect_alike(scene(10, kComponents[1].layers), 11, "--stream");
   expect_alike(scene(1, ""), 3, "--fast");
 }
 
 // The direct sum adds the same terms in the same order.
 TEST(Ranks, DirectSumHasTheBitsOfOneProcess) {
-  const std::string text = scene(9, kComponents[2].layers);
+  const std::string text = scene(17, kComponents[2].layers);
   expect_alike(text, 3, "--stream");
   TempDir one;
   TempDir many;
@@ -216,7 +217,7 @@ TEST(Ranks, DirectSumHasTheBitsOfOneProcess) {
 // sample: the direct sum is cheaper there, for all ranks alike, and behind it transforms are.
 TEST(Ranks, ChooseTheCheaperSumTogether) {
   std::string text =
-      scene(8, layer("type = grin\nz = 3\nn = 1.9\ng = 0.2\nr = 4.5\nne = 1\nlevels = 1000"));
+      scene(18, layer("type = grin\nz = 3\nn = 1.9\ng = 0.2\nr = 4.5\nne = 1\nlevels = 1000"));
   text.replace(text.find("gaussian"), 8, "plane");
   text.replace(text.find("theta = 10"), 10, "theta = 0");
   expect_alike(text, 3, "--fast");
@@ -232,7 +233,7 @@ TEST(Ranks, ChooseTheCheaperSumTogether) {
 // on one rank is lost for all.
 TEST(Ranks, SayOnceWhatBecameOfTheField) {
   TempDir many;
-  many.write("a.cfg", scene(8, layer("z = 1\nn = 1\nk = -1e300")));
+  many.write("a.cfg", scene(18, layer("z = 1\nn = 1\nk = -1e300")));
   const RunResult run = run_ranks(many, 3, "-i a.cfg -p --fast");
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(count_of(run.err, "the field is not finite from slice"), 1) << run.err;

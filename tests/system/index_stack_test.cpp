@@ -41,12 +41,13 @@ std::vector<struct_layer> stack_of_all() {
 TEST(IndexStack, PiecesAreThoseOfTheWhole) {
   const Painted all(8, 8, 30, stack_of_all());
   const std::vector<cpx> whole = all.paint(all.stack->whole());
-  for (const Window& w : {Window{0, 8, 3, 4}, {0, 8, 13, 29}, {3, 5, 0, 30}, {7, 8, 9, 10}}) {
+  for (const Window& w :
+       {Window{0, 8, 3, 4}, {0, 8, 13, 29}, {3, 5, 0, 30}, {7, 8, 9, 10}, {4, 4, 0, 30}}) {
     const std::vector<cpx> piece = all.paint(w);
     std::size_t at = 0;
     for (int k = w.z_begin; k < w.z_end; ++k)
-      for (int j = 0; j < 8; ++j)
-        for (int i = w.x_begin; i < w.x_end; ++i)
+      for (int j = w.y_begin; j < w.y_end; ++j)
+        for (int i = 0; i < 8; ++i)
           EXPECT_EQ(piece[at++], whole[std::size_t((k * 8 + j) * 8 + i)]) << k << ' ' << j;
   }
   EXPECT_EQ(whole[std::size_t(12 * 64)], cpx(0.0));  // of a reserved kind, which writes nothing
@@ -69,7 +70,7 @@ TEST(IndexStack, IsWhatTheRasterisersWriteInTurn) {
                                                 : init_asphere_system;
       so.izlast += rasteriser(expected.data(), &so, l);
     }
-    EXPECT_EQ(all.paint({0, nx, 0, 30}), expected) << nx << " x " << ny;
+    EXPECT_EQ(all.paint({0, ny, 0, 30}), expected) << nx << " x " << ny;
     EXPECT_EQ(all.so.izlast, so.izlast);
   }
 }

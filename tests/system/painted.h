@@ -18,12 +18,12 @@ struct Painted {
   void build() { stack.emplace(so, layers, true); }
 
   [[nodiscard]] std::vector<cpx> paint(const Window& window) const {
-    const int voxels = window.columns() * std::max(so.ny, 1) * window.slices();
+    const int voxels = std::max(so.nx, 1) * window.rows() * window.slices();
     std::vector<cpx> N(static_cast<std::size_t>(voxels), cpx(-7.0, 7.0));
     stack->paint(N.data(), window);
     return N;
   }
-  [[nodiscard]] std::vector<cpx> slice(int k) const { return paint({0, so.nx, k, k + 1}); }
+  [[nodiscard]] std::vector<cpx> slice(int k) const { return paint({0, so.ny, k, k + 1}); }
 
   // The share of the first material, (2, 0.02) in (1, 0.01), in units of a voxel.
   [[nodiscard]] double share(const Window& window) const {
