@@ -1,5 +1,6 @@
 #include <iostream>
 
+#include "chCommandLine.h"
 #include "main/stages.h"
 #include "ranks/ranks.h"
 
@@ -54,13 +55,22 @@ void printHelp(const char* argv) {
       << kOptions << std::flush;
 }
 
-void answer_help_and_version(const Options& options) {
-  if (options.is_help) {
-    if (ranks::is_first()) printHelp(options.program.c_str());
-    std::exit(0);
+void answer_help_and_version(int argc, char* argv[]) {
+  const auto has = [&](const char* keyword) { return chCommandLineGetBool(keyword, argc, argv); };
+  const bool is_help = has("h") || has("help");
+  if (!is_help && !has("v") && !has("version")) return;
+  if (ranks::answers_for_all()) {
+    if (is_help)
+      printHelp(argv[0]);
+    else
+      std::cout << VERSION << std::endl;
   }
-  if (options.is_version) {
-    if (ranks::is_first()) std::cout << VERSION << std::endl;
-    std::exit(0);
-  }
+  std::exit(0);
+}
+
+void join_others(int argc, char* argv[]) {
+  if (chCommandLineGetBool("independent", argc, argv))
+    ranks::require_own_folder();
+  else
+    ranks::join(argc, argv);
 }

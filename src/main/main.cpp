@@ -8,9 +8,9 @@
 
 int main(int argc, char* argv[]) {
   install_memory_handler();
-  if (!is_sweep(argc, argv)) ranks::join(argc, argv);
+  answer_help_and_version(argc, argv);
+  if (!is_sweep(argc, argv)) join_others(argc, argv);
   const Options options = ranks::after_first([&] { return Options(argc, argv); });
-  answer_help_and_version(options);
   if (is_sweep(argc, argv)) return run_sweep(argc, argv);
 
   Run run(options);

@@ -25,6 +25,7 @@ constexpr OptionName kOptions[] = {
     {"", "stream", false},
     {"", "strict", false},
     {"", "check", false},
+    {"", "independent", false},
     {"", "threads", true},
     {"", "tolerance", true},
     {"", "progress", true},

@@ -131,9 +131,6 @@ Options::Options(int argc, char* argv[]) {
   program = argc > 0 ? argv[0] : "zerith";
   for (int i = 1; i < argc; ++i) (text += i > 1 ? " " : "") += argv[i];
 
-  is_help = reader.has("h", "help");
-  is_version = reader.has("v", "version");
-  if (is_help || is_version) return;
   is_quiet = reader.has("q", "quiet");
   diagnostics::set_quiet(is_quiet);
   reader.read(&config_file, "i", "config-file");

@@ -17,7 +17,7 @@ struct Options {
   std::string program;  // as invoked
   std::string text;     // all words, for files that tell where they come from
 
-  bool is_help = false, is_version = false, is_quiet = false;
+  bool is_quiet = false;
   std::string config_file = "<none>";
   bool is_store = false, is_cpu = false, is_gpu = false, is_compare = false;
   std::string record;           // file name of the run record

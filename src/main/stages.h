@@ -5,8 +5,11 @@
 
 constexpr const char* VERSION = "Version 0.10";
 
-// Help and version end the process.
-void answer_help_and_version(const Options& options);
+// Help and version end the process, whatever started it.
+void answer_help_and_version(int argc, char* argv[]);
+
+// Joins the processes that were started together with this one; with --independent it stays alone.
+void join_others(int argc, char* argv[]);
 
 // Reads the configuration, reports what it asks for and refuses what cannot be done.
 void read_configuration(Run& run);

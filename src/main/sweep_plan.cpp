@@ -10,6 +10,7 @@
 
 #include "chCommandLine.h"
 #include "diagnostics.h"
+#include "ranks/ranks.h"
 
 namespace sweep {
 namespace {
@@ -161,6 +162,7 @@ Plan read_plan(int argc, char* argv[]) {
   plan.is_quiet =
       chCommandLineGetBool("q", argc, argv) || chCommandLineGetBool("quiet", argc, argv);
   plan.command.emplace_back(argv[0]);
+  if (ranks::launched() > 1) plan.command.emplace_back("--independent");  // in folders of their own
   for (int i = 1; i < argc; ++i) {
     const std::string word = argv[i];
     const bool has_value = i + 1 < argc;

@@ -61,6 +61,7 @@ struct Lines {
 }  // namespace
 
 void join(int& argc, char**& argv) {
+  if (!has_launcher()) return;
   int given = 0;
   // Threads of a rank compute; one of them speaks to the others.
   MPI_Init_thread(&argc, &argv, MPI_THREAD_FUNNELED, &given);
@@ -70,6 +71,9 @@ void join(int& argc, char**& argv) {
   if (rank > 0) diagnostics::speak_as("rank " + std::to_string(rank));
 }
 
+bool answers_for_all() {
+  return is_first_launched();
+}
 int count() {
   return ranks;
 }

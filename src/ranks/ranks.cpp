@@ -1,7 +1,11 @@
 // What follows from the number of ranks alone, and what follows from their collecting texts.
 #include "ranks/ranks.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -13,14 +17,15 @@ namespace ranks {
 
 namespace {
 
-// How launchers tell a process how many they started, and which it is: mpirun of Open MPI, those
-// that speak PMI, and srun. In a batch script itself, where one process runs, none of these is set.
+// The variables in which launchers give the number of processes and the place of each: mpirun of
+// Open MPI, those that speak PMI, MVAPICH, and srun. A batch script itself has none of them.
 struct Launcher {
   const char* processes;
   const char* number;
 };
 constexpr Launcher kLaunchers[] = {{"OMPI_COMM_WORLD_SIZE", "OMPI_COMM_WORLD_RANK"},
                                    {"PMI_SIZE", "PMI_RANK"},
+                                   {"MV2_COMM_WORLD_SIZE", "MV2_COMM_WORLD_RANK"},
                                    {"SLURM_STEP_NUM_TASKS", "SLURM_PROCID"}};
 
 int number_in(const char* variable) {
@@ -28,21 +33,52 @@ int number_in(const char* variable) {
   return value != nullptr ? std::atoi(value) : 0;
 }
 
+// The launcher that started several processes, or null.
+const Launcher* launcher() {
+  for (const Launcher& launcher : kLaunchers)
+    if (number_in(launcher.processes) > 1) return &launcher;
+  return nullptr;
+}
+
 }  // namespace
 
-// The program reads its environment nowhere else, and here to refuse alone: no result depends on
-// it.
+// The program reads its environment in this file alone, and no result depends on it.
+
+// PMIx, which some launchers use alone, gives the place of a process but not their number.
+bool has_launcher() {
+  return std::getenv("PMIX_RANK") != nullptr ||
+         std::ranges::any_of(kLaunchers, [](const Launcher& launcher) {
+           return std::getenv(launcher.processes) != nullptr;
+         });
+}
+
+int launched() {
+  const Launcher* const by = launcher();
+  return by != nullptr ? number_in(by->processes) : 1;
+}
+
+bool is_first_launched() {
+  const Launcher* const by = launcher();
+  return by == nullptr || number_in(by->number) == 0;
+}
+
 void require_alone(const std::string& why) {
-  for (const auto& [processes, number] : kLaunchers) {
-    const int count = number_in(processes);
-    if (count <= 1) continue;
-    if (number_in(number) != 0) {  // one says so, and most launchers then end the others
-      std::this_thread::sleep_for(std::chrono::seconds(2));
-      std::exit(-1);
-    }
-    diagnostics::fail("started as one of " + std::to_string(count) + " processes, but " + why +
-                      " (one that is meant to be by itself: env -u " + processes + " zerith ...)");
+  if (launched() == 1) return;
+  if (!is_first_launched()) {  // one says so, and most launchers then end the others
+    std::this_thread::sleep_for(std::chrono::seconds(2));
+    std::exit(-1);
   }
+  diagnostics::fail("started as one of " + std::to_string(launched()) + " processes, but " + why);
+}
+
+void require_own_folder() {
+  if (launched() == 1) return;
+  const int folder = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (folder >= 0 && flock(folder, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+    diagnostics::fail(
+        "--independent: another process works in this folder and writes the same files; give each "
+        "of the " +
+        std::to_string(launched()) + " processes a folder of its own");
 }
 
 Share share_of(int n, int rank, int ranks) {

@@ -11,14 +11,32 @@
 
 namespace ranks {
 
+// Whether a launcher started this process, alone or with others: its variables are in the
+// environment.
+bool has_launcher();
+
+// How many processes a launcher started together with this one, itself included; 1 without a
+// launcher, or if it does not give their number.
+int launched();
+
+// Whether this process answers for those started together: a build without MPI always does, one
+// with MPI if it is the first.
+bool answers_for_all();
+bool is_first_launched();
+
 // Joins the ranks; before it there is one. From then on the end of the process is that of all: with
-// status 0 it waits for the others to end too, with any other it ends them. A build without MPI
-// ends with a message if a launcher started it as one of several.
+// status 0 it waits for the others to end too, with any other it ends them. A process without a
+// launcher does not open MPI. A build without MPI ends with a message if a launcher started it as
+// one of several.
 void join(int& argc, char**& argv);
 
 // Ends the process with a message, why in it, if a launcher started it as one of several; what does
 // not join them calls it.
 void require_alone(const std::string& why);
+
+// Ends the process with a message if another of those started together works in the same folder,
+// where it would write the same files. The folder stays locked until this process ends.
+void require_own_folder();
 
 int count();
 int mine();  // 0 to count() - 1

@@ -7,8 +7,12 @@ namespace ranks {
 
 void join(int& /*argc*/, char**& /*argv*/) {
   require_alone(
-      "this build is without MPI and each would do the whole run: build with -DZERITH_MPI=on, or "
-      "start one process");
+      "this build is without MPI and each would do the whole run and write the same files: build "
+      "with -DZERITH_MPI=on, start one process, or give each a working folder of its own and add "
+      "--independent");
+}
+bool answers_for_all() {
+  return true;
 }
 
 int count() {

@@ -160,7 +160,8 @@ TEST(Launchers, RunsThatWouldBeDoneSeveralTimesAreRefused) {
   const std::vector<std::string> sweep = {"-q", "-i", "a.cfg", "--sweep", "wave1.amp=1,2"};
   for (const auto& [name, rank] :
        {std::pair("OMPI_COMM_WORLD_SIZE", "OMPI_COMM_WORLD_RANK"),
-        std::pair("PMI_SIZE", "PMI_RANK"), std::pair("SLURM_STEP_NUM_TASKS", "SLURM_PROCID")}) {
+        std::pair("PMI_SIZE", "PMI_RANK"), std::pair("MV2_COMM_WORLD_SIZE", "MV2_COMM_WORLD_RANK"),
+        std::pair("SLURM_STEP_NUM_TASKS", "SLURM_PROCID")}) {
     for (const auto& arguments : {run, sweep}) {
       if (!ZERITH_IS_ALONE && arguments == run) continue;
       const RunResult refused = run_zerith(folder, arguments, {{name, "3"}, {rank, "0"}});
@@ -171,6 +172,23 @@ TEST(Launchers, RunsThatWouldBeDoneSeveralTimesAreRefused) {
       EXPECT_EQ(other.status, 255);
       EXPECT_EQ(other.err, "");
     }
+    for (const char* answered : {"--version", "--help"}) {
+      const RunResult answer = run_zerith(folder, {answered}, {{name, "2"}, {rank, "0"}});
+      EXPECT_EQ(std::tuple(answer.status, answer.err), std::tuple(0, ""));
+      EXPECT_EQ(answer.out, run_zerith(folder, {answered}).out);
+    }
+    // A farm: each process in a folder of its own.
+    const RunResult farmed =
+        run_zerith(folder, {"-q", "-i", "a.cfg", "--independent"}, {{name, "3"}, {rank, "2"}});
+    EXPECT_EQ(std::tuple(farmed.status, farmed.err), std::tuple(0, ""));
+    EXPECT_TRUE(folder.has("N_sys.csv"));
+    std::filesystem::remove(folder.path("N_sys.csv"));
+    const RunResult shared =
+        run_shell(folder, std::string("export ") + name + "=3 " + rank +
+                              "=1; exec 9<.; flock 9; $ZERITH -q -i a.cfg --independent");
+    EXPECT_EQ(shared.status, 255);
+    EXPECT_NE(shared.err.find("a folder of its own"), std::string::npos) << shared.err;
+    EXPECT_FALSE(folder.has("N_sys.csv"));
     if (ZERITH_IS_ALONE) {
       EXPECT_EQ(run_zerith(folder, run, {{name, "1"}}).status, 0);
       std::filesystem::remove(folder.path("N_sys.csv"));

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <regex>
 #include <sstream>
+#include <tuple>
 
 #include "ranks.h"
 
@@ -23,6 +24,15 @@ void expect_message(const RunResult& run, const std::string& message) {
   EXPECT_EQ(run.status, 255) << run.err;
   EXPECT_EQ(count_of(run.err, "zerith: "), 1) << run.err;
   EXPECT_NE(run.err.find(message), std::string::npos) << run.err;
+}
+
+void expect_same_files(const TempDir& a, const TempDir& b) {
+  for (const auto& entry : std::filesystem::directory_iterator(a.path())) {
+    const std::string name = entry.path().filename();
+    if (name.ends_with(".csv")) {
+      EXPECT_EQ(differing_values(a.read(name), b.read(name)), 0U) << name;
+    }
+  }
 }
 
 TEST(Ends, AnErrorOfAllIsSaidOnce) {
@@ -61,6 +71,29 @@ TEST(Ends, RefusesWhatOneProcessHasToDo) {
   EXPECT_EQ(run_ranks(folder, 1, given).status, 0);
 }
 
+// PMIx alone gives no number of processes.
+TEST(Starts, JoinsUnderALauncherWithoutACount) {
+  const TempDir folder;
+  folder.write("a.cfg", scene(8));
+  const RunResult run = run_shell(
+      folder, mpirun(2) +
+                  "env -u OMPI_COMM_WORLD_SIZE -u OMPI_COMM_WORLD_RANK -u PMI_SIZE -u PMI_RANK "
+                  "\"$ZERITH\" -i a.cfg -p --fast --check");
+  EXPECT_NE(run.out.find(" at the first of 2 processes"), std::string::npos) << run.out << run.err;
+}
+
+// MPI itself needs more files and a folder for its session.
+TEST(Starts, AloneWithoutMpi) {
+  const TempDir alone;
+  const TempDir usual;
+  for (const TempDir* folder : {&alone, &usual}) folder->write("a.cfg", scene(8));
+  const std::string command = "exec \"$ZERITH\" -q -i a.cfg -p --fast -x 1 -l 12";
+  const RunResult run = run_shell(alone, "ulimit -n 10; export TMPDIR=/none; " + command);
+  EXPECT_EQ(std::tuple(run.status, run.err), std::tuple(0, ""));
+  EXPECT_EQ(run_shell(usual, mpirun(1) + command.substr(5)).status, 0);
+  expect_same_files(usual, alone);
+}
+
 TEST(Ends, AnswersOnce) {
   const TempDir folder;
   folder.write("a.cfg", scene(8));
@@ -73,15 +106,6 @@ TEST(Ends, AnswersOnce) {
   EXPECT_EQ(without_shares(check.out), without_shares(alone.out));
   EXPECT_NE(check.out.find(" at the first of 3 processes"), std::string::npos) << check.out;
   EXPECT_EQ(check.status, alone.status);
-}
-
-void expect_same_files(const TempDir& a, const TempDir& b) {
-  for (const auto& entry : std::filesystem::directory_iterator(a.path())) {
-    const std::string name = entry.path().filename();
-    if (name.ends_with(".csv")) {
-      EXPECT_EQ(differing_values(a.read(name), b.read(name)), 0U) << name;
-    }
-  }
 }
 
 // Whole ranks killed at some moment, whatever they are doing, by a run that goes on each time with
