@@ -114,7 +114,7 @@ struct Dataset::Inside {
   void find_written();
   void find_shape(Layout layout);
   void find_sampling();
-  void read_rows(hsize_t first, hsize_t slices, hsize_t row, hsize_t rows, double* values) const;
+  void read(hsize_t first, hsize_t slices, double* values) const;
 };
 
 void Dataset::Inside::open(const std::string& path, const std::string& dataset) {
@@ -211,14 +211,13 @@ void Dataset::Inside::find_sampling() {
   sampling = Sampling{*spacing, *origin};
 }
 
-void Dataset::Inside::read_rows(hsize_t first, hsize_t slices, hsize_t row, hsize_t rows,
-                                double* values) const {
+void Dataset::Inside::read(hsize_t first, hsize_t slices, double* values) const {
   if (first + slices > written)
     fail("has no slice " + std::to_string(first + slices - 1) +
          ": the run that wrote the file was interrupted behind " + std::to_string(written));
   // The selection has the file's axes: no axis of slices in [ny][nx], one of pairs at the end.
-  std::vector<hsize_t> start = {first, row, 0, 0};
-  std::vector<hsize_t> count = {slices, rows, nx, 2};
+  std::vector<hsize_t> start = {first, 0, 0, 0};
+  std::vector<hsize_t> count = {slices, ny, nx, 2};
   const std::size_t missing = rank - (has_pairs ? 1 : 0) == 3 ? 0 : 1;
   const auto* begin = start.data() + missing;
   const auto* extent = count.data() + missing;
@@ -227,13 +226,13 @@ void Dataset::Inside::read_rows(hsize_t first, hsize_t slices, hsize_t row, hsiz
   if (H5Sselect_hyperslab(space, H5S_SELECT_SET, begin, nullptr, extent, nullptr) < 0 ||
       H5Dread(set, memory_type, memory, space, H5P_DEFAULT, values) < 0)
     fail("cannot be read: the file is damaged or cut short, or packed in a way that is unknown");
-  const hsize_t numbers = slices * rows * nx * (is_complex ? 2 : 1);
+  const hsize_t numbers = slices * ny * nx * (is_complex ? 2 : 1);
   for (hsize_t i = 0; i < numbers; ++i) {
     if (std::isfinite(values[i])) continue;
     const hsize_t sample = i / (is_complex ? 2 : 1);
     fail("holds a value that is not finite, at slice " +
-         std::to_string(first + sample / (rows * nx)) + ", row " +
-         std::to_string(row + sample / nx % rows) + ", column " + std::to_string(sample % nx));
+         std::to_string(first + sample / (ny * nx)) + ", row " + std::to_string(sample / nx % ny) +
+         ", column " + std::to_string(sample % nx));
   }
 }
 
@@ -270,31 +269,7 @@ const std::string& Dataset::name() const {
 }
 
 void Dataset::read(int first, int count, double* values) const {
-  inside_->read_rows(static_cast<hsize_t>(first), static_cast<hsize_t>(count), 0, inside_->ny,
-                     values);
-}
-
-Extremes Dataset::scan() const {
-  constexpr hsize_t kBlock = hsize_t{1} << 20;  // numbers at a time
-  const hsize_t numbers = is_complex() ? 2 : 1;
-  const hsize_t rows = std::clamp<hsize_t>(kBlock / (inside_->nx * numbers), 1, inside_->ny);
-  std::vector<double> values(rows * inside_->nx * numbers);
-  constexpr double kInfinite = std::numeric_limits<double>::infinity();
-  Extremes found = {kInfinite, -kInfinite, is_complex() ? kInfinite : 0.0,
-                    is_complex() ? -kInfinite : 0.0};
-  for (hsize_t k = 0; k < inside_->nz; ++k)
-    for (hsize_t j = 0; j < inside_->ny; j += rows) {
-      const hsize_t count = std::min(rows, inside_->ny - j);
-      inside_->read_rows(k, 1, j, count, values.data());
-      for (hsize_t i = 0; i < count * inside_->nx * numbers; i += numbers) {
-        found.least_real = std::min(found.least_real, values[i]);
-        found.most_real = std::max(found.most_real, values[i]);
-        if (numbers == 1) continue;
-        found.least_imag = std::min(found.least_imag, values[i + 1]);
-        found.most_imag = std::max(found.most_imag, values[i + 1]);
-      }
-    }
-  return found;
+  inside_->read(static_cast<hsize_t>(first), static_cast<hsize_t>(count), values);
 }
 
 }  // namespace data

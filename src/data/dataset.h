@@ -22,12 +22,6 @@ struct Sampling {
   std::array<double, 3> origin{};  // of the first sample
 };
 
-// The least and the largest of each part.
-struct Extremes {
-  double least_real = 0, most_real = 0;
-  double least_imag = 0, most_imag = 0;
-};
-
 // What a reader needs; decides how [a][b][2] is understood.
 //   kField   complex slices: [ny][nx][2], [nz][ny][nx][2], or a compound of two reals, r and i as
 //            h5py writes complex numbers, in [ny][nx] or [nz][ny][nx]
@@ -62,10 +56,6 @@ class Dataset {
   // Slices first..first+count-1, [count][ny][nx], with a second number for each sample if
   // is_complex. Memory: that of the slices.
   void read(int first, int count, double* values) const;
-
-  // Reads everything once, some rows at a time: so that a run ends before it writes anything if a
-  // value is not finite.
-  Extremes scan() const;
 
   // "FILE:/dataset", for messages.
   [[nodiscard]] const std::string& name() const;

@@ -38,8 +38,5 @@ const std::string& Dataset::name() const {
   return inside_->name;
 }
 void Dataset::read(int /*first*/, int /*count*/, double* /*values*/) const {}
-Extremes Dataset::scan() const {
-  return {};
-}
 
 }  // namespace data

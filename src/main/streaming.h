@@ -15,8 +15,6 @@ bool can_be_streamed(const Run& run);
 // Why a run with --fast or --stream is not: "", or "; " and the reason.
 std::string why_not_streamed(const Run& run);
 
-// Whether a screen or an edge changes the field between steps.
-
 // Whether something is asked for that only the march does: another sum, a monitor, a mask, a
 // checkpoint.
 bool needs_march(const Run& run);

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "diagnostics.h"
-#include "system/scene.h"
+#include "system/lint_context.h"
 
 bool uses_first_material(component kind) {
   return uses_second_material(kind) || kind == HOMOG;
@@ -22,7 +22,7 @@ bool varies_sideways(const struct_layer& l) {
          (uses_second_material(l.t) && (l.n != l.ne || l.k != l.ke));
 }
 
-Scene::Scene(const Description& description)
+LintContext::LintContext(const Description& description)
     : d(description),
       places(plan_stack(description)),
       lambda(vacuum_wavelength(description.waves, 1)) {
@@ -41,7 +41,7 @@ Scene::Scene(const Description& description)
   if (!is_uniform) entry = 0;
 }
 
-void Scene::warn(int line, const char* tag, const std::string& text) const {
+void LintContext::warn(int line, const char* tag, const std::string& text) const {
   const std::string place = line > 0 ? ": line " + std::to_string(line) : "";
   diagnostics::warn(d.so.sysname + place + ": " + tag + ": " + text);
 }
@@ -52,7 +52,7 @@ namespace {
 constexpr double kSlack = 1 + 1e-9;
 
 // What the domain needs to be one.
-void advise_on_domain(const Scene& scene) {
+void advise_on_domain(const LintContext& scene) {
   const struct_sysOptions& so = scene.d.so;
   const GivenKeys& keys = scene.d.global_keys;
   for (const auto& [name, extent] :
@@ -70,8 +70,8 @@ void advise_on_domain(const Scene& scene) {
                "has no polarization, and waves pass every face in full; give it te, tm or na");
 }
 
-void advise_on_spacing(const Scene& scene, const std::string& axis, int samples, double extent,
-                       double spacing) {
+void advise_on_spacing(const LintContext& scene, const std::string& axis, int samples,
+                       double extent, double spacing) {
   const double limit = scene.lambda / (2 * scene.densest);
   if (samples <= 1 || !(spacing > limit * kSlack)) return;
   scene.warn(
@@ -82,7 +82,7 @@ void advise_on_spacing(const Scene& scene, const std::string& axis, int samples,
 }
 
 // Where the index varies, its phase masks must be thin.
-void advise_on_steps(const Scene& scene) {
+void advise_on_steps(const LintContext& scene) {
   const struct_sysOptions& so = scene.d.so;
   for (std::size_t i = 0; i < scene.d.layers.size(); ++i) {
     const struct_layer& l = scene.d.layers[i];
@@ -100,7 +100,7 @@ void advise_on_steps(const Scene& scene) {
 }  // namespace
 
 void advise(const Description& d) {
-  const Scene scene(d);
+  const LintContext scene(d);
   advise_on_domain(scene);
   advise_on_waves(scene);
   if (scene.lambda > 0 && scene.densest > 0) {

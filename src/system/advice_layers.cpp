@@ -6,7 +6,7 @@
 
 #include "diagnostics.h"
 #include "system/keys.h"
-#include "system/scene.h"
+#include "system/lint_context.h"
 
 namespace {
 
@@ -73,7 +73,7 @@ bool is_zero(const std::string& value) {
   return std::strtod(value.c_str(), &end) == 0 && end != value.c_str();
 }
 
-void advise_on_keys(const Scene& scene, std::size_t i) {
+void advise_on_keys(const LintContext& scene, std::size_t i) {
   const struct_layer& l = scene.d.layers[i];
   if (l.t == ASPHERE || l.t == MZEHNDER) return;  // reserved: nothing at all is used
   std::string unused;
@@ -94,7 +94,7 @@ void advise_on_keys(const Scene& scene, std::size_t i) {
                     unused, is_material ? direction : ""));
 }
 
-void advise_on_materials(const Scene& scene, std::size_t i) {
+void advise_on_materials(const LintContext& scene, std::size_t i) {
   const struct_layer& l = scene.d.layers[i];
   if (scene.places[i].slab.taken <= 0) return;
   const auto is_sound = [](double n, double k) {
@@ -116,7 +116,7 @@ void advise_on_materials(const Scene& scene, std::size_t i) {
                is_flat ? "r is 0: it has no body" : "rin and rout are 0: it has no core");
 }
 
-void advise_on_thickness(const Scene& scene, std::size_t i) {
+void advise_on_thickness(const LintContext& scene, std::size_t i) {
   const LayerPlace& place = scene.places[i];
   const struct_layer& l = scene.d.layers[i];
   if (!place.is_stacked || (l.t == INDEX_FILE && l.z == 0)) return;
@@ -132,7 +132,7 @@ void advise_on_thickness(const Scene& scene, std::size_t i) {
 }
 
 // Slices beyond the domain that layers ask for. What rounding alone brings about is said there.
-void advise_on_end(const Scene& scene) {
+void advise_on_end(const LintContext& scene) {
   const int nz = scene.d.so.nz;
   double total = 0;
   for (const LayerPlace& place : scene.places) {
@@ -155,7 +155,7 @@ void advise_on_end(const Scene& scene) {
 
 }  // namespace
 
-void advise_on_layers(const Scene& scene) {
+void advise_on_layers(const LintContext& scene) {
   for (std::size_t i = 0; i < scene.d.layers.size(); ++i) {
     advise_on_keys(scene, i);
     advise_on_thickness(scene, i);

@@ -4,11 +4,12 @@
 
 #include "constants.h"
 #include "diagnostics.h"
-#include "system/scene.h"
+#include "system/lint_context.h"
 
 namespace {
 
-void advise_on_amplitude(const Scene& scene, const struct_emfield& wave, const GivenKeys& keys) {
+void advise_on_amplitude(const LintContext& scene, const struct_emfield& wave,
+                         const GivenKeys& keys) {
   const auto warn = [&](const std::string& text) { scene.warn(wave.line, "[wave]", text); };
   if (!is_given(keys, "shape"))
     warn("has no shape and is random at each sample; give it shape = plane or gaussian");
@@ -26,7 +27,7 @@ void advise_on_amplitude(const Scene& scene, const struct_emfield& wave, const G
 }
 
 // radius: where the field has fallen to about 1/e.
-void advise_on_place(const Scene& scene, const struct_emfield& wave, const char* axis,
+void advise_on_place(const LintContext& scene, const struct_emfield& wave, const char* axis,
                      double center, double radius, double extent) {
   if (radius > extent / 2)
     scene.warn(wave.line, "[wave]",
@@ -40,7 +41,7 @@ void advise_on_place(const Scene& scene, const struct_emfield& wave, const char*
 
 // The domain repeats sideways: a plane wave meets itself at its sides if it runs through a whole
 // number of cycles along x and along y.
-void advise_on_direction(const Scene& scene, const struct_emfield& wave) {
+void advise_on_direction(const LintContext& scene, const struct_emfield& wave) {
   const struct_sysOptions& so = scene.d.so;
   if (!(scene.entry > 0) || !(wave.lambda > 0) || so.edge > 0) return;
   const double theta = wave.theta * kPi / 180;
@@ -70,7 +71,7 @@ void advise_on_direction(const Scene& scene, const struct_emfield& wave) {
 
 }  // namespace
 
-void advise_on_waves(const Scene& scene) {
+void advise_on_waves(const LintContext& scene) {
   const Description& d = scene.d;
   if (d.waves.empty())
     return diagnostics::warn(d.so.sysname + ": there is no [wave]; the field stays zero");

@@ -7,8 +7,8 @@
 
 #include "system/stack_plan.h"
 
-struct Scene {
-  explicit Scene(const Description& description);
+struct LintContext {
+  explicit LintContext(const Description& description);
 
   const Description& d;
   std::vector<LayerPlace> places;
@@ -36,5 +36,5 @@ std::string joined(const Parts&... parts) {
   return text.str();
 }
 
-void advise_on_waves(const Scene& scene);
-void advise_on_layers(const Scene& scene);
+void advise_on_waves(const LintContext& scene);
+void advise_on_layers(const LintContext& scene);
