@@ -1,6 +1,7 @@
 #include "support/process.h"
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -46,8 +47,10 @@ RunResult run(const TempDir& directory, std::vector<std::string> command,
     _exit(127);
   }
   int status = 0;
-  waitpid(child, &status, 0);
+  struct rusage used {};
+  wait4(child, &status, 0, &used);
   RunResult result;
+  result.peak_bytes = 1024.0 * static_cast<double>(used.ru_maxrss);
   result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   result.out = read_file(out);
   result.err = read_file(err);

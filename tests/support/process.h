@@ -27,6 +27,7 @@ struct RunResult {
   int status = -1;  // exit status, or 128 + signal
   std::string out;
   std::string err;
+  double peak_bytes = 0;  // the most memory that the program had at a time
 };
 
 // Runs zerith with these arguments in the directory, standard input empty. environment adds to the
