@@ -10,6 +10,7 @@ namespace {
 
 constexpr OptionName kOptions[] = {
     {"h", "help", false},
+    {"", "help-all", false},
     {"v", "version", false},
     {"q", "quiet", false},
     {"i", "config-file", true},
@@ -38,6 +39,7 @@ constexpr OptionName kOptions[] = {
     {"", "table", true},
     {"", "points", true},
     {"", "folder", true},
+    {"", "retry-failed", false},
 };
 
 std::string_view without_dashes(std::string_view word) {
@@ -69,7 +71,7 @@ std::string option_suggestion(const std::string& name) {
   for (const OptionName& option : kOptions) known.emplace_back(option.long_form);
   const std::string_view nearest = nearest_name(core, known);
   if (!nearest.empty()) return "; did you mean '--" + std::string(nearest) + "'?";
-  if (!is_run_of_letters(core)) return "; --help lists the options";
+  if (!is_run_of_letters(core)) return "; --help-all lists the options";
   std::string apart = "; options stand apart:";
   for (const char c : core) (apart += " -") += c;
   return apart;

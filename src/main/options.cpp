@@ -1,14 +1,13 @@
 #include "main/options.h"
 
-#include <cerrno>
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <thread>
 
 #include "chCommandLine.h"
 #include "diagnostics.h"
 #include "main/option_table.h"
+#include "system/numbers.h"
 #include "system/suggest.h"
 
 namespace {
@@ -62,20 +61,18 @@ class Reader {
 // A whole number of our own options: all of the text, within its range.
 int whole_number(const std::string& option, const std::string& text, int low, int high,
                  const char* meaning) {
-  char* end = nullptr;
-  errno = 0;
-  const long value = std::strtol(text.c_str(), &end, 10);
-  if (text.empty() || *end != '\0' || errno != 0 || value < low || value > high)
+  int value = 0;
+  const Range range = {static_cast<double>(low), static_cast<double>(high), false, meaning};
+  if (read_whole_within(text, range, value).kind != Reading::kRead)
     diagnostics::fail("--" + option + " " + text + ": write " + meaning + ", a whole number from " +
                       std::to_string(low) + " to " + std::to_string(high));
-  return static_cast<int>(value);
+  return value;
 }
 
 double number(const std::string& option, const std::string& text, double low, double high,
               const char* meaning) {
-  char* end = nullptr;
-  const double value = std::strtod(text.c_str(), &end);
-  if (text.empty() || *end != '\0' || !(value >= low && value <= high))
+  double value = 0;
+  if (read_real_within(text, {low, high, false, meaning}, value).kind != Reading::kRead)
     diagnostics::fail("--" + option + " " + text + ": write " + meaning);
   return value;
 }

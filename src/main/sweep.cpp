@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <iostream>
 #include <map>
+#include <optional>
 
 #include "chCommandLine.h"
 #include "diagnostics.h"
@@ -79,7 +80,7 @@ class Sweep {
   HeldSignals signals_;
   std::vector<std::int64_t> left_;  // combinations still to be started, the last one first
   std::map<pid_t, Point> running_;
-  std::size_t to_run_ = 0, held_ = 0, done_ = 0, failed_ = 0;
+  std::size_t to_run_ = 0, held_ = 0, done_ = 0, failed_ = 0, failed_before_ = 0;
   int stopped_by_ = 0;    // a signal
   bool is_lost_ = false;  // the table takes no more rows
   std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
@@ -96,12 +97,16 @@ Sweep::Sweep(Plan plan)
   std::error_code error;
   std::filesystem::create_directories(plan_.folder, error);
   if (error) diagnostics::fail(plan_.folder + ": cannot be made: " + error.message());
+  if (plan_.retries_failed && !table_.forget_failed())
+    diagnostics::fail(plan_.table + ": cannot be written: " + std::strerror(errno));
   // Shares take turns: neighbours cost about the same.
   for (std::int64_t i = plan_.share - 1; i < combinations(plan_.axes); i += plan_.shares) {
-    if (table_.holds(combination(plan_.axes, i)))
-      ++held_;
-    else
+    const std::optional<std::string> status = table_.status(combination(plan_.axes, i));
+    if (!status)
       left_.push_back(i);
+    else
+      ++held_;
+    if (status && *status != "0") ++failed_before_;
   }
   to_run_ = left_.size();
   std::reverse(left_.begin(), left_.end());
@@ -213,7 +218,11 @@ int Sweep::run() {
     signal(stopped_by_, SIG_DFL);
     raise(stopped_by_);  // held until the signals are given back
   }
-  return failed_ > 0 ? 1 : 0;
+  if (failed_ + failed_before_ == 0) return 0;
+  diagnostics::error("failed points: " + std::to_string(failed_ + failed_before_) + ", " +
+                     std::to_string(failed_before_) + " of them in an earlier run; " + plan_.table +
+                     " has the reasons; --retry-failed runs them again");
+  return 1;
 }
 
 }  // namespace

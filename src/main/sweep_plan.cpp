@@ -1,7 +1,7 @@
 #include "main/sweep_plan.h"
 
 #include <algorithm>
-#include <charconv>
+#include <climits>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
@@ -11,6 +11,7 @@
 #include "chCommandLine.h"
 #include "diagnostics.h"
 #include "ranks/ranks.h"
+#include "system/numbers.h"
 
 namespace sweep {
 namespace {
@@ -28,16 +29,11 @@ std::vector<std::string> split(const std::string& text, char separator) {
   return parts;
 }
 
-// A finite number and nothing else.
-template <typename T>
-std::optional<T> number(const std::string& text) {
-  T value{};
-  const char* const end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, value);
-  if (result.ec != std::errc() || result.ptr != end) return std::nullopt;
-  if constexpr (std::is_floating_point_v<T>)
-    if (!std::isfinite(value)) return std::nullopt;
-  return value;
+// A whole number of 1 or more.
+std::optional<int> count_of(const std::string& text) {
+  int value = 0;
+  const Reading reading = read_whole_within(text, {1, INT_MAX, false, ""}, value);
+  return reading.kind == Reading::kRead ? std::optional(value) : std::nullopt;
 }
 
 std::string twelve_digits(double value) {
@@ -49,8 +45,10 @@ std::string twelve_digits(double value) {
 std::vector<std::string> range(const std::string& option, const std::string& text) {
   const std::vector<std::string> parts = split(text, ':');
   std::vector<double> numbers;
-  for (const std::string& part : parts)
-    if (const auto value = number<double>(part)) numbers.push_back(*value);
+  for (const std::string& part : parts) {
+    double value = 0;
+    if (read_real(part, value).kind == Reading::kRead) numbers.push_back(value);
+  }
   if (numbers.size() != 3 || parts.size() != 3)
     diagnostics::fail(option + ": a range is FROM:TO:STEP, three numbers; a list is A,B,C");
   const double from = numbers[0];
@@ -80,23 +78,13 @@ bool names_configuration(const std::string& word) {
   return word == "-i" || word == "--i" || word == "-config-file" || word == "--config-file";
 }
 
-int whole_number(const char* option, int least, int argc, char* argv[]) {
-  std::string text = std::to_string(1);
-  chCommandLineGet(&text, option, argc, argv);
-  const auto value = number<int>(text);
-  if (!value || *value < least)
-    diagnostics::fail("--" + std::string(option) + " " + text + ": write a whole number, " +
-                      std::to_string(least) + " or more");
-  return *value;
-}
-
 void read_share(Plan& plan, int argc, char* argv[]) {
   std::string text;
   if (!chCommandLineGet(&text, "points", argc, argv)) return;
   const std::vector<std::string> parts = split(text, '/');
-  const auto share = number<int>(parts.front());
-  const auto shares = number<int>(parts.back());
-  if (parts.size() != 2 || !share || !shares || *share < 1 || *share > *shares)
+  const auto share = count_of(parts.front());
+  const auto shares = count_of(parts.back());
+  if (parts.size() != 2 || !share || !shares || *share > *shares)
     diagnostics::fail("--points " + text + ": write K/N, the K-th of N shares, K from 1 to N");
   plan.share = *share;
   plan.shares = *shares;
@@ -166,6 +154,10 @@ Plan read_plan(int argc, char* argv[]) {
   for (int i = 1; i < argc; ++i) {
     const std::string word = argv[i];
     const bool has_value = i + 1 < argc;
+    if (word == "--retry-failed" || word == "-retry-failed") {
+      plan.retries_failed = true;
+      continue;
+    }
     if (is_own(word)) {
       if (!has_value)
         diagnostics::fail(std::string("option ")
@@ -189,7 +181,10 @@ Plan read_plan(int argc, char* argv[]) {
   chCommandLineGet(&name, "i", argc, argv);
   chCommandLineGet(&name, "config-file", argc, argv);
   if (!name.empty()) plan.configuration = std::filesystem::absolute(name).string();
-  plan.jobs = whole_number("jobs", 1, argc, argv);
+  std::string jobs = "1";
+  chCommandLineGet(&jobs, "jobs", argc, argv);
+  if (!count_of(jobs)) diagnostics::fail("--jobs " + jobs + ": write a whole number, 1 or more");
+  plan.jobs = *count_of(jobs);
   read_places(plan, argc, argv);
   read_share(plan, argc, argv);
   require_usable(plan);

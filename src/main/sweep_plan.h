@@ -28,10 +28,12 @@ struct Plan {
   std::vector<std::string> overrides;    // of --set
   std::vector<std::string> command;      // of each point, but for what is swept
   bool is_quiet = false;
+  bool retries_failed = false;
 };
 
-// Reads --sweep, --jobs, --points, --table and --folder; the other options go on to every point,
-// the configuration with its whole path. Ends the process with status 255 where they make no sense.
+// Reads --sweep, --jobs, --points, --table, --folder and --retry-failed; the other options go on to
+// every point, the configuration with its whole path. Ends the process with status 255 where they
+// make no sense.
 Plan read_plan(int argc, char* argv[]);
 
 constexpr std::int64_t kMostPoints = 1'000'000;

@@ -102,8 +102,10 @@ Table::Table(std::string name, std::vector<std::string> keys)
   for (const std::string& line : lines) {
     length += line.size() + 1;
     std::vector<std::string> fields = csv_fields(line);
+    fields.resize(columns_.size());
+    const std::string status = fields[fields.size() - 2];
     fields.resize(keys_.size());
-    points_.insert(fields);
+    points_[fields] = status;
   }
   points_.erase(keys_);
   if (ftruncate(descriptor_, static_cast<off_t>(length)) != 0)
@@ -114,8 +116,15 @@ Table::~Table() {
   if (descriptor_ >= 0) close(descriptor_);
 }
 
-bool Table::holds(const std::vector<std::string>& values) const {
-  return points_.contains(values);
+std::optional<std::string> Table::status(const std::vector<std::string>& values) const {
+  const auto row = points_.find(values);
+  return row == points_.end() ? std::nullopt : std::optional(row->second);
+}
+
+bool Table::forget_failed() {
+  const std::size_t count =
+      std::erase_if(points_, [](const auto& point) { return point.second != "0"; });
+  return count == 0 || rewrite(columns_);
 }
 
 bool Table::add(const std::vector<std::string>& values, const Figures& figures, int status,
@@ -134,7 +143,7 @@ bool Table::add(const std::vector<std::string>& values, const Figures& figures, 
   row[row.size() - 2] = std::to_string(status);
   row[row.size() - 1] = message;
   if (!append(joined(row))) return false;
-  points_.insert(values);
+  points_[values] = std::to_string(status);
   return true;
 }
 
@@ -158,7 +167,12 @@ bool Table::rewrite(const std::vector<std::string>& columns) {
     std::vector<std::string> row = csv_fields(line);
     row.resize(columns_.size());
     row.insert(row.end() - 2, columns.size() - columns_.size(), "");
-    text += text.empty() ? joined(columns) : joined(row);
+    const std::vector<std::string> values(row.begin(),
+                                          row.begin() + static_cast<std::ptrdiff_t>(keys_.size()));
+    if (text.empty())
+      text = joined(columns);
+    else if (points_.contains(values))
+      text += joined(row);
   }
   if (!write_all(descriptor, text) || fsync(descriptor) != 0 ||
       std::rename(beside.c_str(), name_.c_str()) != 0) {

@@ -1,7 +1,8 @@
 // The table of a sweep: a CSV file with one row for each point, whole at any moment.
 #pragma once
 
-#include <set>
+#include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,15 +20,18 @@ std::string csv_field(const std::string& text);
 // written anew beside the file and renamed over it, older rows with that figure empty.
 class Table {
  public:
-  // Reads what an existing file holds and drops a last line that was cut short. Ends the process
-  // with status 255 if the file is another sweep's, cannot be written or belongs to a sweep that
-  // still runs.
+  // Reads an existing file and drops a last line that was cut short. Ends the process with status
+  // 255 if the file is another sweep's, cannot be written or belongs to a sweep that still runs.
   Table(std::string name, std::vector<std::string> keys);
   ~Table();
   Table(const Table&) = delete;
   Table& operator=(const Table&) = delete;
 
-  [[nodiscard]] bool holds(const std::vector<std::string>& values) const;
+  // The status of the point's row; nothing if the point has no row.
+  [[nodiscard]] std::optional<std::string> status(const std::vector<std::string>& values) const;
+
+  // Takes the rows of failed points out, by writing the table anew. False if that failed.
+  [[nodiscard]] bool forget_failed();
 
   using Figures = std::vector<std::pair<std::string, std::string>>;  // column, text
 
@@ -36,14 +40,15 @@ class Table {
                          const std::string& message);
 
  private:
+  // Writes the table anew, with these columns and without the rows that are not in points_.
   [[nodiscard]] bool rewrite(const std::vector<std::string>& columns);
   [[nodiscard]] bool append(const std::string& line) const;
 
   std::string name_;
   std::vector<std::string> keys_;
-  std::vector<std::string> columns_;           // all of them
-  std::set<std::vector<std::string>> points_;  // swept values
-  int descriptor_ = -1;                        // open, and locked against another sweep
+  std::vector<std::string> columns_;                        // all of them
+  std::map<std::vector<std::string>, std::string> points_;  // swept values; status
+  int descriptor_ = -1;                                     // open, locked against another sweep
 };
 
 }  // namespace sweep

@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <chrono>
+#include <fstream>
 #include <map>
 #include <regex>
+#include <set>
 
 #include "cli/configuration.h"
 #include "support/process.h"
@@ -189,6 +191,32 @@ TEST(Log, HelpNamesOptionsThatWorkInEitherForm) {
     ++count;
   }
   EXPECT_EQ(count, 11);
+}
+
+// Every option of the man page, and no other, after the text of --help. The hint to it is for a
+// terminal.
+TEST(Log, HelpAllPrintsEveryOptionOfTheManPage) {
+  const TempDir directory;
+  const RunResult help = run_zerith(directory, {"--help"});
+  const RunResult all = run_zerith(directory, {"--help-all"});
+  EXPECT_EQ(std::tuple(all.status, all.err, help.err), std::tuple(0, "", ""));
+  EXPECT_TRUE(all.out.starts_with(help.out)) << all.out;
+  const auto options = [](const std::string& text) {
+    std::set<std::string> names;
+    const std::regex name("--[a-z][a-z-]*");
+    for (std::sregex_iterator word(text.begin(), text.end(), name), end; word != end; ++word)
+      names.insert(word->str());
+    return names;
+  };
+  std::ifstream file(std::string(ZERITH_SOURCE_DIR) + "/docs/zerith.1");
+  std::string page(std::istreambuf_iterator<char>(file), {});
+  page = page.substr(page.find(".SH OPTIONS"), page.find(".SH FILES") - page.find(".SH OPTIONS"));
+  page.erase(std::remove(page.begin(), page.end(), '\\'), page.end());
+  EXPECT_EQ(options(all.out), options(page));
+  const std::string terminal = " 2>&1 >/dev/null' /dev/null";
+  EXPECT_EQ(run_shell(directory, "script -qec '$ZERITH --help" + terminal).out,
+            "zerith: --help-all prints every option\r\n");
+  EXPECT_EQ(run_shell(directory, "script -qec '$ZERITH -q --help" + terminal).out, "");
 }
 
 TEST(Log, HelpBeatsVersionAndVersionAllTheRest) {

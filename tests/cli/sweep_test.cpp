@@ -86,6 +86,31 @@ TEST(Sweep, FailedPointIsARowAndTheSweepGoesOn) {
   EXPECT_NE(table[4].find(",0,"), std::string::npos) << table[4];
 }
 
+// A failure of an earlier run counts until a later run of the point succeeds.
+TEST(Sweep, FailedPointsCountUntilTheyAreRunAgain) {
+  const TempDir directory;
+  directory.write("a.cfg", scene());
+  std::filesystem::create_directories(directory.path("sweep"));
+  directory.write("sweep/wave.amp=2", "no folder can be made here");
+  const Words words = {"-q", "--sweep", "wave.amp=1,2"};
+  const Words again = {"-q", "--sweep", "wave.amp=1,2", "--retry-failed"};
+  const std::string retry = "; sweep.csv has the reasons; --retry-failed runs them again\n";
+  const RunResult first = sweep(directory, words);
+  EXPECT_EQ(std::pair(first.status, first.err),
+            std::pair(1, "zerith: error: failed points: 1, 0 of them in an earlier run" + retry));
+  std::filesystem::remove(directory.path("sweep/wave.amp=2"));
+  const RunResult second = sweep(directory, words);
+  EXPECT_EQ(std::pair(second.status, second.err),
+            std::pair(1, "zerith: error: failed points: 1, 1 of them in an earlier run" + retry));
+  EXPECT_FALSE(directory.has("sweep/wave.amp=2"));
+  for (const Words& run : {again, words}) {
+    const RunResult last = sweep(directory, run);
+    EXPECT_EQ(std::pair(last.status, last.err), std::pair(0, std::string()));
+    EXPECT_EQ(lines(directory.read("sweep.csv")).size(), 3U);
+  }
+  EXPECT_TRUE(directory.has("sweep/wave.amp=2/E_cpu.csv"));
+}
+
 TEST(Sweep, RunsOnlyThePointsThatTheTableHasNot) {
   const TempDir directory;
   directory.write("a.cfg", scene());

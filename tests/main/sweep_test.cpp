@@ -98,8 +98,8 @@ TEST(SweepTable, GrowsByRowsAndColumnsAndIsReadAgain) {
     EXPECT_TRUE(table.add({"1", "x"}, {}, 255, "bad, \"so\"\tto speak"));
     EXPECT_TRUE(table.add({"2", "y"}, {{"m.z", "5"}, {"m.p, q", "6"}}, 0, ""));
     EXPECT_TRUE(table.add({"3", "y"}, {{"n.z", "7"}, {"m.z", "8"}}, 0, ""));
-    EXPECT_TRUE(table.holds({"1", "x"}));
-    EXPECT_FALSE(table.holds({"1", "y"}));
+    EXPECT_EQ(table.status({"1", "x"}), "255");
+    EXPECT_EQ(table.status({"1", "y"}), std::nullopt);
   }
   const std::string text =
       "a,b,m.z,\"m.p, q\",n.z,status,message\n1,x,,,,255,\"bad, \"\"so\"\" to speak\"\n"
@@ -110,10 +110,15 @@ TEST(SweepTable, GrowsByRowsAndColumnsAndIsReadAgain) {
   std::ofstream(name, std::ios::app) << "4,y,9,";
   sweep::Table again(name, {"a", "b"});
   EXPECT_EQ(directory.read("t.csv"), text);
-  EXPECT_TRUE(again.holds({"1", "x"}) && again.holds({"3", "y"}));
-  EXPECT_FALSE(again.holds({"4", "y"}) || again.holds({"a", "b"}));
+  EXPECT_EQ(again.status({"1", "x"}), "255");
+  EXPECT_EQ(again.status({"3", "y"}), "0");
+  EXPECT_FALSE(again.status({"4", "y"}) || again.status({"a", "b"}));
   EXPECT_TRUE(again.add({"4", "y"}, {{"m.z", "9"}}, 0, ""));
   EXPECT_EQ(directory.read("t.csv"), text + "4,y,9,,,0,\n");
+  EXPECT_TRUE(again.forget_failed());
+  EXPECT_FALSE(again.status({"1", "x"}));
+  EXPECT_EQ(directory.read("t.csv"),
+            text.substr(0, text.find("1,x")) + text.substr(text.find("2,y")) + "4,y,9,,,0,\n");
 }
 
 TEST(SweepTable, RefusesWhatIsNotItsOwn) {
