@@ -7,6 +7,18 @@
 
 namespace {
 
+// The phase of a plane wave tilted by these angles in a medium of wave number k.
+class Tilt {
+ public:
+  Tilt(const Monitor& monitor, double k)
+      : kx_(k * std::sin(monitor.tiltx * M_PI / 180)),
+        ky_(k * std::sin(monitor.tilty * M_PI / 180)) {}
+  double operator()(double x, double y) const { return kx_ * x + ky_ * y; }
+
+ private:
+  double kx_, ky_;  // rad/m
+};
+
 // value(x, y) of every sample, in metres from the mode's centre.
 template <typename Value>
 std::vector<cpx> fill(const Monitor& monitor, const Grid& grid, Value value) {
@@ -19,22 +31,22 @@ std::vector<cpx> fill(const Monitor& monitor, const Grid& grid, Value value) {
   return mode;
 }
 
-std::vector<cpx> gaussian(const Monitor& monitor, const Grid& grid, double k) {
+std::vector<cpx> gaussian(const Monitor& monitor, const Grid& grid, const Tilt& tilt) {
   const double waist = monitor.waist * grid.metres;
-  const double kx = k * std::sin(monitor.tiltx * M_PI / 180);
-  const double ky = k * std::sin(monitor.tilty * M_PI / 180);
-  return fill(monitor, grid, [=](double x, double y) {
-    return std::exp(cpx(-(x * x + y * y) / (waist * waist), kx * x + ky * y));
+  return fill(monitor, grid, [waist, &tilt](double x, double y) {
+    return std::exp(cpx(-(x * x + y * y) / (waist * waist), tilt(x, y)));
   });
 }
 
-std::vector<cpx> lp01(const Monitor& monitor, const Grid& grid, double k0,
+std::vector<cpx> lp01(const Monitor& monitor, const Grid& grid, double k0, const Tilt& tilt,
                       const std::string& where) {
   const double radius = monitor.r.value_or(0) * grid.metres;
   if (!Lp01::exists(radius, monitor.n, monitor.ne, k0))
     diagnostics::fail(where + ": mode = lp01 needs r above 0 and n above ne above 0");
   const Lp01 mode(radius, monitor.n, monitor.ne, k0);
-  return fill(monitor, grid, [&mode](double x, double y) { return cpx(mode(std::hypot(x, y))); });
+  return fill(monitor, grid, [&mode, &tilt](double x, double y) {
+    return mode(std::hypot(x, y)) * std::polar(1.0, tilt(x, y));
+  });
 }
 
 }  // namespace
@@ -42,12 +54,13 @@ std::vector<cpx> lp01(const Monitor& monitor, const Grid& grid, double k0,
 std::vector<cpx> mode_field(const Monitor& monitor, const Grid& grid, const RunContext& run,
                             double n, const std::string& where) {
   std::vector<cpx> mode;
+  const Tilt tilt(monitor, run.k0 * n);
   switch (monitor.mode) {
     case Monitor::Mode::kGaussian:
-      mode = gaussian(monitor, grid, run.k0 * n);
+      mode = gaussian(monitor, grid, tilt);
       break;
     case Monitor::Mode::kLp01:
-      mode = lp01(monitor, grid, run.k0, where);
+      mode = lp01(monitor, grid, run.k0, tilt, where);
       break;
     case Monitor::Mode::kFile:
       if (!run.read_mode) diagnostics::fail(where + ": mode = file cannot be read");

@@ -19,13 +19,10 @@ std::string text_of_file(const std::string& name) {
 
 // The field of a mode's file on the samples of the grid.
 std::vector<cpx> read_mode(const struct_sysOptions& so, const Monitor& monitor, const Grid& grid) {
-  const SampledField field(
-      {so.sysname, monitor.mode_file, monitor.dataset, 0.0, 0.0, 0.0, monitor.line}, grid);
-  std::vector<cpx> samples;
-  samples.reserve(grid.plane());
-  for (int j = 0; j < grid.ny; ++j)
-    for (int i = 0; i < grid.nx; ++i) samples.push_back(field(grid.x(i), grid.y(j)));
-  return samples;
+  const SampledField field({so.sysname, monitor.mode_file, monitor.dataset, monitor.dx * so.f,
+                            monitor.dy * so.f, 0.0, monitor.line},
+                           grid);
+  return field.on(grid, 0, 0);
 }
 
 RunContext context_of(const Run& run) {

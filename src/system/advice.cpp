@@ -5,21 +5,19 @@
 #include <utility>
 
 #include "diagnostics.h"
+#include "system/keys.h"
 #include "system/lint_context.h"
 
-bool uses_first_material(component kind) {
-  return uses_second_material(kind) || kind == HOMOG;
-}
-
-bool uses_second_material(component kind) {
-  return kind == GRATING || kind == WGUIDE || kind == TAPER || kind == LENS || kind == SPLITTER ||
-         kind == GRIN;
+// A value of 0 is what the key has anyway, if it takes that.
+bool is_default(const GivenKey& key) {
+  double value = 0;
+  return read_real(key.value, value).kind == Reading::kRead && value == 0 && key.refused.empty();
 }
 
 bool varies_sideways(const struct_layer& l) {
   if (l.t == HOMOG) return false;
   return l.over || l.t == GRIN || l.t == INDEX_FILE ||
-         (uses_second_material(l.t) && (l.n != l.ne || l.k != l.ke));
+         (is_used(l, "ne") && (l.n != l.ne || l.k != l.ke));
 }
 
 LintContext::LintContext(const Description& description)
@@ -32,8 +30,8 @@ LintContext::LintContext(const Description& description)
   for (std::size_t i = 0; i < d.layers.size(); ++i) {
     const struct_layer& l = d.layers[i];
     if (places[i].slab.taken <= 0) continue;
-    if (uses_first_material(l.t)) densest = std::max(densest, l.n);
-    if (uses_second_material(l.t) && !l.over) densest = std::max(densest, l.ne);
+    if (is_used(l, "n")) densest = std::max(densest, l.n);
+    if (is_used(l, "ne") && !l.over) densest = std::max(densest, l.ne);
     if (places[i].slab.start != 0) continue;
     is_uniform = is_uniform && places[i].is_known && !varies_sideways(l);
     entry = l.n;
@@ -86,8 +84,7 @@ void advise_on_steps(const LintContext& scene) {
   const struct_sysOptions& so = scene.d.so;
   for (std::size_t i = 0; i < scene.d.layers.size(); ++i) {
     const struct_layer& l = scene.d.layers[i];
-    if (scene.places[i].slab.taken <= 0 || !varies_sideways(l) || !uses_first_material(l.t))
-      continue;
+    if (scene.places[i].slab.taken <= 0 || !varies_sideways(l) || !is_used(l, "n")) continue;
     const double limit = scene.lambda / std::max(l.n, l.over ? 0 : l.ne);
     if (!(so.dz > limit * kSlack)) continue;
     return scene.warn(

@@ -1,7 +1,6 @@
 // What is likely no one's intention among the layers.
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <string_view>
 
 #include "diagnostics.h"
@@ -16,71 +15,25 @@ bool holds(const Names& names, std::string_view name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-// The keys that only some kinds use, apart from the materials.
-Names special_keys(component kind) {
-  switch (kind) {
-    case GRATING:
-      return {"px", "py", "wx", "wy", "duty", "levels"};
-    case WGUIDE:
-      return {"x", "y", "r", "levels", "tiltx", "tilty"};
-    case TAPER:
-      return {"x", "y", "rin", "rout", "levels"};
-    case LENS:
-      return {"r", "levels", "tiltx", "tilty"};
-    case SPLITTER:
-      return {"x", "y", "wx", "wy", "rin", "rout", "levels"};
-    case GRIN:
-      return {"x", "y", "r", "g", "levels"};
-    case SCREEN:
-      return {"x", "y", "r", "wx", "wy", "t", "file", "dataset", "dx", "dy", "levels"};
-    case INDEX_FILE:
-      return {"x", "y", "file", "dataset", "dx", "dy", "dz", "interpolate", "levels"};
-    default:
-      return {};
-  }
-}
-
 bool is_material_key(std::string_view key) {
   return holds({"n", "k", "ne", "ke", "eps_r", "eps_i", "epse_r", "epse_i"}, key);
 }
 
 // Whether this key of the layer has an effect.
-bool is_used(const struct_layer& l, bool by_permittivity, std::string_view key) {
-  if (is_material_key(key)) {
-    const bool is_second = holds({"ne", "ke", "epse_r", "epse_i"}, key);
-    const bool is_painted =
-        is_second ? uses_second_material(l.t) && !l.over : uses_first_material(l.t);
-    return is_painted && key.starts_with("eps") == by_permittivity;
-  }
-  if (key == "z") return l.t != SCREEN;
-  if (key == "offsetx" || key == "offsety") return l.t != HOMOG;
-  return key == "type" || key == "over" || holds(special_keys(l.t), key);
-}
-
-std::string_view word_of(component kind) {
-  for (const Key<struct_layer>& key : layer_keys()) {
-    if (key.name != "type") continue;
-    struct_layer l;
-    for (const std::string_view word : key.keywords)
-      if (key.store(l, std::string(word)).kind == Reading::kRead && l.t == kind) return word;
-  }
-  return {};
-}
-
-// A value of 0 is what the key has anyway.
-bool is_zero(const std::string& value) {
-  char* end = nullptr;
-  return std::strtod(value.c_str(), &end) == 0 && end != value.c_str();
+bool has_effect(const struct_layer& l, bool by_permittivity, std::string_view key) {
+  if (!is_used(l, key)) return false;
+  const bool is_second = holds({"ne", "ke", "epse_r", "epse_i"}, key);
+  return !is_material_key(key) ||
+         (key.starts_with("eps") == by_permittivity && !(is_second && l.over));
 }
 
 void advise_on_keys(const LintContext& scene, std::size_t i) {
   const struct_layer& l = scene.d.layers[i];
-  if (l.t == ASPHERE || l.t == MZEHNDER) return;  // reserved: nothing at all is used
   std::string unused;
   bool is_material = false;
   Names named;
   for (const GivenKey& key : scene.d.layer_keys[i]) {
-    if (is_used(l, scene.d.by_permittivity[i], key.name) || is_zero(key.value)) continue;
+    if (has_effect(l, scene.d.by_permittivity[i], key.name) || is_default(key)) continue;
     if (holds(named, key.name)) continue;
     named.push_back(key.name);
     is_material = is_material || is_material_key(key.name);
@@ -90,8 +43,9 @@ void advise_on_keys(const LintContext& scene, std::size_t i) {
   const char* direction =
       scene.d.by_permittivity[i] ? " with permittivity = 1" : " with permittivity = 0";
   scene.warn(l.line, "[layer]",
-             joined("type = ", word_of(l.t), l.over ? " with over = 1" : "", " does not use ",
-                    unused, is_material ? direction : ""));
+             joined("type = ", word_of(layer_keys(), "type", l, &struct_layer::t),
+                    l.over ? " with over = 1" : "", " does not use ", unused,
+                    is_material ? direction : ""));
 }
 
 void advise_on_materials(const LintContext& scene, std::size_t i) {
@@ -101,11 +55,11 @@ void advise_on_materials(const LintContext& scene, std::size_t i) {
     return std::isfinite(n) && std::isfinite(k) && n >= 0 && (n != 0 || k != 0);
   };
   const bool is_eps = scene.d.by_permittivity[i];
-  if (uses_first_material(l.t) && !is_sound(l.n, l.k))
+  if (is_used(l, "n") && !is_sound(l.n, l.k))
     scene.warn(l.line, "[layer]",
                joined("has index ", l.n, ", in which no field makes sense; give it ",
                       is_eps ? "eps_r" : "n"));
-  if (uses_second_material(l.t) && !l.over && !is_sound(l.ne, l.ke))
+  if (is_used(l, "ne") && !l.over && !is_sound(l.ne, l.ke))
     scene.warn(l.line, "[layer]",
                joined("has index ", l.ne, " around it, in which no field makes sense; give it ",
                       is_eps ? "epse_r" : "ne"));

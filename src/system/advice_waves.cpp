@@ -26,6 +26,15 @@ void advise_on_amplitude(const LintContext& scene, const struct_emfield& wave,
                 " is 0: the field is not finite; give both widths, or waist"));
 }
 
+// A key of another shape.
+void advise_on_keys(const Scene& scene, const struct_emfield& wave, const GivenKeys& keys) {
+  for (const GivenKey& key : keys)
+    if (!is_used(wave, key.name) && !is_default(key))
+      scene.warn(key.line, "[wave]",
+                 joined("shape = ", word_of(wave_keys(), "shape", wave, &struct_emfield::s),
+                        " does not use ", key.name));
+}
+
 // radius: where the field has fallen to about 1/e.
 void advise_on_place(const LintContext& scene, const struct_emfield& wave, const char* axis,
                      double center, double radius, double extent) {
@@ -81,6 +90,7 @@ void advise_on_waves(const LintContext& scene) {
                       "; give that one add = 1 to have both"));
   for (std::size_t i = scene.counted; i < d.waves.size(); ++i) {
     const struct_emfield& wave = d.waves[i];
+    advise_on_keys(scene, wave, d.wave_keys[i]);
     advise_on_amplitude(scene, wave, d.wave_keys[i]);
     if (wave.s == PLANE) advise_on_direction(scene, wave);
     if (wave.s != GAUSSIAN && wave.s != LP01) continue;

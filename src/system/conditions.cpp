@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "diagnostics.h"
-#include "system/numbers.h"
+#include "system/keys.h"
 #include "system/stack_plan.h"
 #include "system/suggest.h"
 
@@ -39,8 +39,20 @@ void require_full_numbers(const Description& d, const GivenKeys& keys) {
   }
 }
 
+// Each value of a key that the kind uses must be one that the key takes.
+template <typename Record>
+void require_values(const Description& d, const std::string& tag, const Record& record,
+                    const GivenKeys& keys) {
+  for (const GivenKey& key : keys)
+    if (!key.refused.empty() && is_used(record, key.name))
+      diagnostics::fail(d.so.sysname + ": line " + std::to_string(key.line) + ": value " +
+                        quoted(key.value) + " of " + quoted(key.name) + " in " + tag + " " +
+                        key.refused);
+}
+
 void require_wave(const Description& d, const struct_emfield& wave, const GivenKeys& keys) {
   const Require require(d, "[wave]", wave.line);
+  require_values(d, "[wave]", wave, keys);
   if (wave.s == LP01) {
     require_full_numbers(d, keys);
     require(wave.r > 0, "shape = lp01 needs r, the radius of the core");
@@ -48,13 +60,14 @@ void require_wave(const Description& d, const struct_emfield& wave, const GivenK
             "shape = lp01 needs n, of the core, above ne, around it");
   }
   require(wave.s != FIELD_FILE || !wave.file.empty(), "shape = file needs the key file");
-  require((wave.dx > 0) == (wave.dy > 0), "dx and dy go together");
+  require(wave.s != FIELD_FILE || (wave.dx > 0) == (wave.dy > 0), "dx and dy go together");
 }
 
 void require_layer(const Description& d, std::size_t i, const LayerPlace& place) {
   const struct_layer& l = d.layers[i];
   const GivenKeys& keys = d.layer_keys[i];
   const Require require(d, "[layer]", l.line);
+  require_values(d, "[layer]", l, keys);
   require(!l.over || i > 0, "over = 1 paints over the layer before it, and this is the first");
   require(!l.over || l.t != SCREEN, "a screen takes no slices and cannot be painted over others");
   if (l.t == GRIN) {
@@ -74,7 +87,7 @@ void require_layer(const Description& d, std::size_t i, const LayerPlace& place)
     require(!place.is_known || place.slab.start < d.so.nz, "the screen lies behind the domain");
   }
   require(l.t != INDEX_FILE || !l.file.empty(), "type = file needs the key file");
-  require((l.file_dx > 0) == (l.file_dy > 0), "dx and dy go together");
+  require(!is_used(l, "dx") || (l.file_dx > 0) == (l.file_dy > 0), "dx and dy go together");
   require(l.duty == 0 || l.t != GRATING || l.px > 0, "duty needs px, the period");
 }
 
@@ -94,6 +107,7 @@ void require_monitor(const Description& d, const Monitor& m, const GivenKeys& ke
   if (m.type != MonitorType::kOverlap) return;
   require(m.mode != Monitor::Mode::kGaussian || m.waist > 0, "mode = gaussian needs waist");
   require(m.mode != Monitor::Mode::kFile || !m.mode_file.empty(), "mode = file needs modefile");
+  require((m.dx > 0) == (m.dy > 0), "dx and dy go together");
   if (m.mode == Monitor::Mode::kLp01) {
     require(m.r.has_value(), "mode = lp01 needs r, the radius of the core");
     require(m.n > m.ne && m.ne > 0, "mode = lp01 needs n, of the core, above ne, around it");

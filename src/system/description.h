@@ -12,7 +12,8 @@
 struct GivenKey {
   std::string_view name;
   std::string value;
-  int line = 0;  // 0: an override
+  int line = 0;           // 0: an override
+  std::string refused{};  // what the value must be; empty if it was taken
 };
 using GivenKeys = std::vector<GivenKey>;
 
@@ -44,6 +45,7 @@ struct Description {
 // a warning; ends the process with exit(-1) on
 // - a file that cannot be read, a line that is too long or has nothing but equals signs,
 // - whatever is wrong in [monitor] or in an override,
-// - a value out of range of a key that has a range, and combinations without sense of such keys.
+// - a value out of range of a key that has a range, if the kind of layer or wave uses the key, and
+//   combinations without sense of such keys.
 void read_description(const std::string& filename, const std::vector<std::string>& overrides,
                       Description& d, bool is_quiet);

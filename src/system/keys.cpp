@@ -1,5 +1,7 @@
 #include "system/keys.h"
 
+#include <algorithm>
+
 #include "constants.h"
 #include "system/stores.h"
 
@@ -78,58 +80,64 @@ constexpr Key<Wave> kWaveKeys[] = {
     {"lambda", real<&Wave::lambda>},
     {"sigmax", real<&Wave::sigmax>},
     {"sigmay", real<&Wave::sigmay>},
-    {"waist", waist<&Wave::sigmax, &Wave::sigmay>},
-    {"waistx", waist<&Wave::sigmax>},
-    {"waisty", waist<&Wave::sigmay>},
+    {"waist", waist<&Wave::sigmax, &Wave::sigmay>, {}, kinds(GAUSSIAN)},
+    {"waistx", waist<&Wave::sigmax>, {}, kinds(GAUSSIAN)},
+    {"waisty", waist<&Wave::sigmay>, {}, kinds(GAUSSIAN)},
     {"add", strict_flag<&Wave::add>},
-    {"r", real<&Wave::r>},  // r, n, ne: loose, for a wave of another shape never had them
+    {"r", real<&Wave::r>},  // r, n, ne: loose in older files
     {"n", real<&Wave::n>},
     {"ne", real<&Wave::ne>},
-    {"file", name<&Wave::file>},
-    {"dataset", name<&Wave::dataset>},
-    {"dx", strict_real<&Wave::dx, kPositive>},
-    {"dy", strict_real<&Wave::dy, kPositive>},
+    {"file", name<&Wave::file>, {}, kinds(FIELD_FILE)},
+    {"dataset", name<&Wave::dataset>, {}, kinds(FIELD_FILE)},
+    {"dx", strict_real<&Wave::dx, kPositive>, {}, kinds(FIELD_FILE)},
+    {"dy", strict_real<&Wave::dy, kPositive>, {}, kinds(FIELD_FILE)},
 };
+
+constexpr Kinds kSecondMaterial = kinds(GRATING, WGUIDE, TAPER, LENS, SPLITTER, GRIN);
+constexpr Kinds kFirstMaterial = kSecondMaterial | kinds(HOMOG);
 
 using Layer = struct_layer;
 constexpr Key<Layer> kLayerKeys[] = {
     {"type", word<&Layer::t, kComponents>, kComponents.text},
-    {"x", real<&Layer::x>},
-    {"y", real<&Layer::y>},
-    {"z", real<&Layer::z>},
-    {"r", real<&Layer::r>},
-    {"f", real<&Layer::f>},
-    {"rin", real<&Layer::rin>},
-    {"rout", real<&Layer::rout>},
-    {"n", real<&Layer::n>},
-    {"k", real<&Layer::k>},
-    {"eps_r", real<&Layer::eps_r>},
-    {"eps_i", real<&Layer::eps_i>},
-    {"ne", real<&Layer::ne>},
-    {"ke", real<&Layer::ke>},
-    {"epse_r", real<&Layer::epse_r>},
-    {"epse_i", real<&Layer::epse_i>},
-    {"px", real<&Layer::px>},
-    {"py", real<&Layer::py>},
-    {"wx", real<&Layer::wx>},
-    {"wy", real<&Layer::wy>},
-    {"se", real<&Layer::se>},
-    {"sm", real<&Layer::sm>},
-    {"levels", strict_whole<&Layer::levels, kLevels>},
-    {"offsetx", strict_real<&Layer::offsetx, kAny>},
-    {"offsety", strict_real<&Layer::offsety, kAny>},
-    {"tiltx", strict_real<&Layer::tiltx, kAngle>},
-    {"tilty", strict_real<&Layer::tilty, kAngle>},
+    {"x", real<&Layer::x>, {}, kinds(WGUIDE, TAPER, SPLITTER, GRIN, SCREEN, INDEX_FILE)},
+    {"y", real<&Layer::y>, {}, kinds(WGUIDE, TAPER, SPLITTER, GRIN, SCREEN, INDEX_FILE)},
+    {"z", real<&Layer::z>, {}, ~kinds(SCREEN)},
+    {"r", real<&Layer::r>, {}, kinds(WGUIDE, LENS, GRIN, SCREEN)},
+    {"f", real<&Layer::f>, {}, kinds()},
+    {"rin", real<&Layer::rin>, {}, kinds(TAPER, SPLITTER)},
+    {"rout", real<&Layer::rout>, {}, kinds(TAPER, SPLITTER)},
+    {"n", real<&Layer::n>, {}, kFirstMaterial},
+    {"k", real<&Layer::k>, {}, kFirstMaterial},
+    {"eps_r", real<&Layer::eps_r>, {}, kFirstMaterial},
+    {"eps_i", real<&Layer::eps_i>, {}, kFirstMaterial},
+    {"ne", real<&Layer::ne>, {}, kSecondMaterial},
+    {"ke", real<&Layer::ke>, {}, kSecondMaterial},
+    {"epse_r", real<&Layer::epse_r>, {}, kSecondMaterial},
+    {"epse_i", real<&Layer::epse_i>, {}, kSecondMaterial},
+    {"px", real<&Layer::px>, {}, kinds(GRATING)},
+    {"py", real<&Layer::py>, {}, kinds(GRATING)},
+    {"wx", real<&Layer::wx>, {}, kinds(GRATING, SPLITTER, SCREEN)},
+    {"wy", real<&Layer::wy>, {}, kinds(GRATING, SPLITTER, SCREEN)},
+    {"se", real<&Layer::se>, {}, kinds()},
+    {"sm", real<&Layer::sm>, {}, kinds()},
+    {"levels",
+     strict_whole<&Layer::levels, kLevels>,
+     {},
+     kSecondMaterial | kinds(SCREEN, INDEX_FILE)},
+    {"offsetx", strict_real<&Layer::offsetx, kAny>, {}, ~kinds(HOMOG, ASPHERE, MZEHNDER)},
+    {"offsety", strict_real<&Layer::offsety, kAny>, {}, ~kinds(HOMOG, ASPHERE, MZEHNDER)},
+    {"tiltx", strict_real<&Layer::tiltx, kAngle>, {}, kinds(WGUIDE, LENS)},
+    {"tilty", strict_real<&Layer::tilty, kAngle>, {}, kinds(WGUIDE, LENS)},
     {"over", strict_flag<&Layer::over>},
-    {"g", strict_real<&Layer::g, kNotNegative>},
-    {"duty", strict_real<&Layer::duty, kShare>},
-    {"t", strict_real<&Layer::transmission, kAmplitude>},
-    {"file", name<&Layer::file>},
-    {"dataset", name<&Layer::dataset>},
-    {"dx", strict_real<&Layer::file_dx, kPositive>},
-    {"dy", strict_real<&Layer::file_dy, kPositive>},
-    {"dz", strict_real<&Layer::file_dz, kPositive>},
-    {"interpolate", strict_flag<&Layer::interpolate>},
+    {"g", strict_real<&Layer::g, kNotNegative>, {}, kinds(GRIN)},
+    {"duty", strict_real<&Layer::duty, kShare>, {}, kinds(GRATING)},
+    {"t", strict_real<&Layer::transmission, kAmplitude>, {}, kinds(SCREEN)},
+    {"file", name<&Layer::file>, {}, kinds(SCREEN, INDEX_FILE)},
+    {"dataset", name<&Layer::dataset>, {}, kinds(SCREEN, INDEX_FILE)},
+    {"dx", strict_real<&Layer::file_dx, kPositive>, {}, kinds(SCREEN, INDEX_FILE)},
+    {"dy", strict_real<&Layer::file_dy, kPositive>, {}, kinds(SCREEN, INDEX_FILE)},
+    {"dz", strict_real<&Layer::file_dz, kPositive>, {}, kinds(INDEX_FILE)},
+    {"interpolate", strict_flag<&Layer::interpolate>, {}, kinds(INDEX_FILE)},
 };
 
 // [fdtd] and [rcwa] have no keys and no closing tags here: they belong to other methods.
@@ -140,7 +148,21 @@ constexpr Tag kTags[] = {
     {"[/monitor]", NONE, MONITOR_E},
 };
 
+template <typename Record>
+bool is_used_by(int kind, std::span<const Key<Record>> keys, std::string_view name) {
+  return std::any_of(keys.begin(), keys.end(), [=](const Key<Record>& key) {
+    return key.name == name && (key.used_by & kinds(kind)) != 0;
+  });
+}
+
 }  // namespace
+
+bool is_used(const struct_layer& l, std::string_view key) {
+  return is_used_by(l.t, layer_keys(), key);
+}
+bool is_used(const struct_emfield& wave, std::string_view key) {
+  return is_used_by(wave.s, wave_keys(), key);
+}
 
 std::span<const Key<struct_sysOptions>> global_keys() {
   return kGlobalKeys;

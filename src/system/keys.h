@@ -2,6 +2,7 @@
 // parser, its suggestions, the tests and the manual all walk these tables.
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -10,19 +11,34 @@
 #include "system/numbers.h"
 #include "system/system.h"
 
-// A key stores the text of its value in the record, and says what became of it. A word that is none
-// of the keywords, and a value that is refused, leave the record as it was.
+// A set of layer kinds or wave shapes, a bit each.
+using Kinds = std::uint32_t;
+
+template <typename... Enumerators>
+constexpr Kinds kinds(Enumerators... each) {
+  return ((Kinds{1} << each) | ... | Kinds{0});
+}
+
+constexpr Kinds kEveryKind = ~Kinds{0};
+
+// A key stores the text of its value in the record and returns what it made of it. A word that is
+// none of the keywords, and a value that is refused, leave the record as it was.
 template <typename Record>
 struct Key {
   std::string_view name;
   Reading (*store)(Record& record, const std::string& value);
   std::span<const std::string_view> keywords = {};  // empty: a number, a flag or a name
+  Kinds used_by = kEveryKind;                       // layers and waves
 };
 
 std::span<const Key<struct_sysOptions>> global_keys();
 std::span<const Key<struct_emfield>> wave_keys();
 std::span<const Key<struct_layer>> layer_keys();
 std::span<const Key<Monitor>> monitor_keys();
+
+// Whether the layer's kind, or the wave's shape, uses the key.
+bool is_used(const struct_layer& l, std::string_view key);
+bool is_used(const struct_emfield& wave, std::string_view key);
 
 // A tag opens a section (then closes is NONE) or closes one (then opens is NONE).
 struct Tag {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "system/keys.h"
 #include "system/stack_plan.h"
 
 struct LintContext {
@@ -21,9 +22,22 @@ struct LintContext {
   void warn(int line, const char* tag, const std::string& text) const;
 };
 
-// The materials that a layer of this kind paints.
-bool uses_first_material(component kind);
-bool uses_second_material(component kind);
+bool is_default(const GivenKey& key);
+
+// The keyword of this key that gives the field the value that it has in the record.
+template <typename Record, typename Kind>
+std::string_view word_of(std::span<const Key<Record>> keys, std::string_view name,
+                         const Record& record, Kind Record::*field) {
+  for (const Key<Record>& key : keys) {
+    if (key.name != name) continue;
+    Record other;
+    for (const std::string_view word : key.keywords)
+      if (key.store(other, std::string(word)).kind == Reading::kRead &&
+          other.*field == record.*field)
+        return word;
+  }
+  return {};
+}
 
 // Whether the index of one slice of the layer depends on x or y.
 bool varies_sideways(const struct_layer& l);

@@ -32,6 +32,7 @@ struct Monitor {
   double n = 0, ne = 0;         // indices of core and cladding
   std::string mode_file;        // input: relative to the configuration's folder; its keys are
   std::string dataset = "/E";   //   `modefile` and `dataset`
+  double dx = 0, dy = 0;        //   its sampling; 0: from the file's attributes
 
   int line = 0;  // of the opening tag
 };

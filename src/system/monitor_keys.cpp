@@ -61,6 +61,8 @@ constexpr Key<Monitor> kMonitorKeys[] = {
     {"ne", strict_real<&Monitor::ne, kPositive>},
     {"modefile", name<&Monitor::mode_file>},
     {"dataset", name<&Monitor::dataset>},
+    {"dx", strict_real<&Monitor::dx, kPositive>},
+    {"dy", strict_real<&Monitor::dy, kPositive>},
 };
 
 }  // namespace

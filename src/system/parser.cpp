@@ -20,6 +20,10 @@ std::vector<std::string_view> names_of(std::span<const Key<Record>> keys) {
   return names;
 }
 
+template <typename Record>
+constexpr bool key_waits_for_kind =
+    std::is_same_v<Record, struct_layer> || std::is_same_v<Record, struct_emfield>;
+
 class Parser {
  public:
   Parser(const std::string& filename, Description& d, bool is_quiet)
@@ -147,7 +151,7 @@ void Parser::close(section closed, const std::string& tag) {
     diagnostics::fail(where() + tag + " stands inside the [monitor] of line " +
                       std::to_string(monitor_.line) + "; write [/monitor] before it");
   if (opened_ != MONITOR_S && closed == MONITOR_E)
-    diagnostics::fail(where() + tag + " closes nothing; write [monitor] before it");
+    return diagnostics::warn(where() + tag + " closes nothing and is ignored");
   const section opener = closed == GLOBAL_E ? GLOBAL_S : closed == WAVE_E ? WAVE_S : LAYER_S;
   if (closed != MONITOR_E && opened_ != opener)
     diagnostics::warn(where() + tag +
@@ -176,7 +180,8 @@ void Parser::take_key(const SplitLine& parts) {
   }
 }
 
-// What is wrong in a monitor is an error, for nothing else tells what its user wanted.
+// What is wrong in a monitor is an error, for nothing else tells what its user wanted. A refused
+// value of a layer or a wave is an error only if its kind, which may follow, uses the key.
 template <typename Record>
 void Parser::store(std::span<const Key<Record>> keys, const char* tag, Record& record,
                    GivenKeys& given, const SplitLine& parts) {
@@ -190,7 +195,9 @@ void Parser::store(std::span<const Key<Record>> keys, const char* tag, Record& r
       warn(where() + "unknown value " + value +
            suggestion(parts.right, {key.keywords.begin(), key.keywords.end()}));
     if (reading.kind == Reading::kPartly) warn(where() + "value " + value + " " + reading.text);
-    if (reading.kind == Reading::kRefused)
+    if (reading.kind == Reading::kRefused && key_waits_for_kind<Record>)
+      given.back().refused = reading.text;
+    else if (reading.kind == Reading::kRefused)
       diagnostics::fail(where() + "value " + value + " " + reading.text);
     return;
   }

@@ -39,6 +39,14 @@ const std::vector<BadInput> kWarnings = {
     // A sixth of a micrometre a slice: half the domain, three slices of six.
     {configuration("", "z = 0.5\nn = 1"), {}, "a.cfg: the layers leave 3 of 6 slices unwritten; they hold index 0", 0},
     {configuration("", "type = asphere"), {}, "a.cfg: the layers leave 6 of 6 slices unwritten; they hold index 0", 0},
+    // Keys that the kind does not use take any value, as in files from before there were such keys.
+    {configuration("", "type = lens\nn = 1\nne = 1\nr = 9\ndx = 1"), {}, "a.cfg: line 17: [layer]: type = lens does not use dx\n", 0},
+    {configuration("", "n = 1\nlevels = 0\ng = -1\nduty = 2\nt = 3\ndx = 0\ndy = x\ndz = -2\ntiltx = 99\ninterpolate = 7"), {},
+     "a.cfg: line 17: [layer]: type = homog does not use levels, g, duty, t, dx, dy, dz, tiltx, interpolate\n", 0},
+    {configuration("", "n = 1\ntype = asphere\nlevels = 0"), {}, "a.cfg: line 17: [layer]: type = asphere does not use n, levels", 0},
+    {configuration("", "n = 1", "waist = 0\nshape = plane"), {}, "a.cfg: line 15: [wave]: shape = plane does not use waist\n", 0},
+    {configuration("", "n = 1", "shape = plane\ndx = -1"), {}, "a.cfg: line 16: [wave]: shape = plane does not use dx\n", 0},
+    {configuration() + "[/monitor]\n", {}, "a.cfg: line 21: [/monitor] closes nothing and is ignored\n", 0},
     {kWaveless, {}, "a.cfg: there is no [wave]; the field stays zero", 0},
     {configuration("", "n = 1", "lambda = 0"), {}, "a.cfg: line 12: [wave]: lambda is 0: the field is not finite", 0},
     {configuration("nx = 4"), {"-p"}, "a.cfg: nx = 4 and ny = 8 differ", 0},

@@ -101,7 +101,13 @@ TEST(BadOptics, KeysThatMakeNoSense) {
       "65536";
   const auto layer = [](const std::string& text) { return configuration("", text); };
   for (const char* value : {"0", "-3", "65537", "8.5", "many", "1e99"})
-    expect_refused(directory, layer(std::string("n=1\nlevels = ") + value), "levels", levels);
+    expect_refused(directory, layer(std::string("type=lens\nr=2\nn=1\nlevels = ") + value),
+                   "levels", levels);
+  expect_refused(directory,
+                 configuration() +
+                     "[monitor]\ntype=overlap\nfile=o.csv\nmode=file\n"
+                     "modefile=in.h5\ndx=1\n[/monitor]\n",
+                 "[monitor]", ".monitor.: dx and dy go together");
   expect_refused(directory, configuration("edge = 1.6"), "edge",
                  ".global.: edge is wider than half the domain");
   expect_refused(directory, layer("n=1\nover = 1"), "[layer]",

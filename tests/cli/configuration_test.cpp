@@ -39,8 +39,8 @@ TEST(Configuration, EndsAtAnEndlessLine) {
 TEST(Configuration, RefusesNewKeysBeforeAnythingIsWritten) {
   const std::pair<std::string, const char*> kCases[] = {
       {configuration("edge = 5"), "a.cfg: line 10: [global]: edge is wider than half the domain"},
-      {configuration("", "n = 1\nlevels = 0"),
-       "a.cfg: line 20: value '0' of 'levels' in [layer] must be"},
+      {configuration("", "levels = 0\ntype = lens"),
+       "a.cfg: line 19: value '0' of 'levels' in [layer] must be"},
       {configuration("", "n = 1\nover = 1"),
        "a.cfg: line 17: [layer]: over = 1 paints over the layer before"},
       {configuration() + "[monitor]\ntype = beam\n[/monitor]\n",

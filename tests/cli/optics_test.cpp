@@ -210,6 +210,33 @@ TEST(Saved, FieldAndIndexComeBackToTheBit) {
   EXPECT_NE(na[kTwo], na[kTwo + 6 * 12 + 6]);
 }
 
+// A mode that is described as the wave is has all of its power: tilted, or from a file with a
+// spacing of its own. The angle of a tilt is that in the medium of the first slice.
+TEST(Overlap, IsOneWithTheModeThatTheWaveIs) {
+  constexpr const char* kFibre = "shape=lp01;r=1.2;n=1.5;ne=1.3";
+  constexpr const char* kMask = "shape=file;file=in.h5;dataset=/mask;dx=0.8;dy=0.7";
+  struct {
+    const char *wave, *mode, *other;  // other: --set of what makes the mode another
+  } const kModes[] = {
+      {"theta=20;x=0.3;y=-0.2", "mode=lp01;r=1.2;n=1.5;ne=1.3;tiltx=20;x=0.3;y=-0.2", "tiltx=0"},
+      {"theta=-15;phi=90", "mode=lp01;r=1.2;n=1.5;ne=1.3;tilty=-15", "tilty=15"},
+      {"", "mode=file;modefile=in.h5;dataset=/mask;dx=0.8;dy=0.7", "dy=0.8"},
+  };
+  for (const auto& [wave, mode, other] : kModes) {
+    const TempDir directory;
+    write_inputs(directory.path("in.h5").string());
+    const std::string waves = *wave == 0 ? kMask : std::string(kFibre) + ";" + wave;
+    directory.write("a.cfg", configuration({"", kSlab, "", waves.c_str()}) +
+                                 sections("monitor", "type=overlap;file=o.csv;", mode));
+    const std::string run = "$ZERITH -q -i a.cfg -p --fast";
+    const RunResult same = run_shell(directory, run);
+    EXPECT_EQ(std::pair(same.status, same.err), std::pair(0, std::string())) << mode;
+    EXPECT_NEAR(csv_rows(directory.read("o.csv")).at(1).at(4), 1, 1e-8) << mode;
+    EXPECT_EQ(run_shell(directory, run + " --set monitor." + other).status, 0);
+    EXPECT_LT(csv_rows(directory.read("o.csv")).at(1).at(4), 0.99) << mode;
+  }
+}
+
 // 840 MB of indices in an address space of 500.
 TEST(Saved, IndicesNeedNotFitIntoMemory) {
 #ifdef __SANITIZE_ADDRESS__

@@ -116,17 +116,18 @@ TEST(Advice, MissesAWave) {
 // The direction that is named meets itself: taken over, it draws no word. In 1.5 the wave is 6.67
 // long; 20 of the domain hold whole numbers of cycles, 36 of it others.
 TEST(Advice, NamesADirectionThatMeetsItself) {
+  const std::string kBeam = "shape = gaussian\namp=1\nlambda=10\nwaist=4\n";
   const std::regex named("theta = (\\S+), phi = (\\S+)\n");
   for (const auto& [theta, phi] :
        {std::pair("17", "0"), std::pair("-17", "0"), std::pair("31", "40"), std::pair("12", "90"),
         std::pair("-25", "200")}) {
     const auto wave = [](const std::string& t, const std::string& p) {
-      return "shape = plane\ntheta=" + t + "\nphi=" + p + "\n";
+      return "shape = plane\ntheta=" + t + "\nphi=" + p + "\namp=1\nlambda=10\n";
     };
-    const std::string said = advice(kOrderly, "shape = gaussian\n", wave(theta, phi));
+    const std::string said = advice(kOrderly, kBeam, wave(theta, phi));
     std::smatch angles;
     ASSERT_TRUE(std::regex_search(said, angles, named)) << said;
-    EXPECT_EQ(advice(kOrderly, "shape = gaussian\n", wave(angles[1], angles[2])), "") << said;
+    EXPECT_EQ(advice(kOrderly, kBeam, wave(angles[1], angles[2])), "") << said;
     // Near by: half a cycle at most along either side.
     const double degree = M_PI / 180;
     const double old_sx = std::sin(std::stod(theta) * degree) * std::cos(std::stod(phi) * degree);
@@ -134,7 +135,7 @@ TEST(Advice, NamesADirectionThatMeetsItself) {
         std::sin(std::stod(angles[1]) * degree) * std::cos(std::stod(angles[2]) * degree);
     EXPECT_LE(std::fabs(new_sx - old_sx), 0.5 * (10 / 1.5) / 20 + 1e-6) << said;
   }
-  EXPECT_EQ(advice(kOrderly, "shape = gaussian\n", "shape = plane\n"), "");
+  EXPECT_EQ(advice(kOrderly, kBeam, "shape = plane\namp=1\nlambda=10\n"), "");
 }
 
 }  // namespace

@@ -65,7 +65,7 @@ Fields fields(const struct_sysOptions& so) {
 Fields fields(const Monitor& m) {
   return FIELDS(m.type, m.file, m.every, m.x, m.y, m.z, m.x1, m.x2, m.y1, m.y2, m.z1, m.z2,
                 m.is_single, m.r, m.mode, m.waist, m.tiltx, m.tilty, m.n, m.ne, m.mode_file,
-                m.dataset);
+                m.dataset, m.dx, m.dy);
 }
 
 // The keys whose field has another name.
@@ -192,6 +192,25 @@ TEST(Manual, NamesEveryTagKeyAndKeyword) {
   for (const Tag& tag : tags()) names.emplace_back(tag.text);
   for (const std::string& name : names)
     EXPECT_NE(manual.find('`' + name + '`'), std::string::npos) << name;
+}
+
+// The man page lists the words of these keys in the order of the tables.
+TEST(ManPage, ListsLayerKindsWaveShapesAndMonitors) {
+  std::ifstream file(std::string(ZERITH_SOURCE_DIR) + "/docs/zerith.1");
+  const std::string page(std::istreambuf_iterator<char>(file), {});
+  const auto expect_list = [&page](const auto& keys, std::string_view name) {
+    for (const auto& key : keys) {
+      if (key.name != name) continue;
+      std::string list;
+      for (std::size_t i = 0; i < key.keywords.size(); ++i) {
+        if (i > 0) list += i + 1 < key.keywords.size() ? " \", \" " : " \" or \" ";
+        list += key.keywords[i];
+      }
+      EXPECT_NE(page.find(".RB ( " + list + " )"), std::string::npos) << list;
+    }
+  };
+  expect_list(wave_keys(), "shape"), expect_list(layer_keys(), "type");
+  expect_list(monitor_keys(), "type");
 }
 
 }  // namespace
