@@ -97,17 +97,22 @@ Sweep::Sweep(Plan plan)
   std::error_code error;
   std::filesystem::create_directories(plan_.folder, error);
   if (error) diagnostics::fail(plan_.folder + ": cannot be made: " + error.message());
-  if (plan_.retries_failed && !table_.forget_failed())
-    diagnostics::fail(plan_.table + ": cannot be written: " + std::strerror(errno));
+  std::vector<std::vector<std::string>> retried;
   // Shares take turns: neighbours cost about the same.
   for (std::int64_t i = plan_.share - 1; i < combinations(plan_.axes); i += plan_.shares) {
-    const std::optional<std::string> status = table_.status(combination(plan_.axes, i));
-    if (!status)
+    const std::vector<std::string> values = combination(plan_.axes, i);
+    const std::optional<std::string> status = table_.status(values);
+    const bool has_failed = status && *status != "0";
+    if (has_failed && plan_.retries_failed) retried.push_back(values);
+    if (!status || (has_failed && plan_.retries_failed)) {
       left_.push_back(i);
-    else
-      ++held_;
-    if (status && *status != "0") ++failed_before_;
+      continue;
+    }
+    ++held_;
+    if (has_failed) ++failed_before_;
   }
+  if (!table_.forget(retried))
+    diagnostics::fail(plan_.table + ": cannot be written: " + std::strerror(errno));
   to_run_ = left_.size();
   std::reverse(left_.begin(), left_.end());
 }

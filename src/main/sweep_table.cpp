@@ -121,10 +121,9 @@ std::optional<std::string> Table::status(const std::vector<std::string>& values)
   return row == points_.end() ? std::nullopt : std::optional(row->second);
 }
 
-bool Table::forget_failed() {
-  const std::size_t count =
-      std::erase_if(points_, [](const auto& point) { return point.second != "0"; });
-  return count == 0 || rewrite(columns_);
+bool Table::forget(const std::vector<std::vector<std::string>>& points) {
+  for (const std::vector<std::string>& values : points) points_.erase(values);
+  return points.empty() || rewrite(columns_);
 }
 
 bool Table::add(const std::vector<std::string>& values, const Figures& figures, int status,

@@ -30,8 +30,8 @@ class Table {
   // The status of the point's row; nothing if the point has no row.
   [[nodiscard]] std::optional<std::string> status(const std::vector<std::string>& values) const;
 
-  // Takes the rows of failed points out, by writing the table anew. False if that failed.
-  [[nodiscard]] bool forget_failed();
+  // Removes the rows of these points by writing the table anew. False if that failed.
+  [[nodiscard]] bool forget(const std::vector<std::vector<std::string>>& points);
 
   using Figures = std::vector<std::pair<std::string, std::string>>;  // column, text
 

@@ -103,6 +103,9 @@ TEST(Sweep, FailedPointsCountUntilTheyAreRunAgain) {
   EXPECT_EQ(std::pair(second.status, second.err),
             std::pair(1, "zerith: error: failed points: 1, 1 of them in an earlier run" + retry));
   EXPECT_FALSE(directory.has("sweep/wave.amp=2"));
+  // A sweep of other values keeps the row.
+  EXPECT_EQ(sweep(directory, {"-q", "--sweep", "wave.amp=1", "--retry-failed"}).status, 0);
+  EXPECT_EQ(lines(directory.read("sweep.csv")).size(), 3U);
   for (const Words& run : {again, words}) {
     const RunResult last = sweep(directory, run);
     EXPECT_EQ(std::pair(last.status, last.err), std::pair(0, std::string()));

@@ -115,7 +115,7 @@ TEST(SweepTable, GrowsByRowsAndColumnsAndIsReadAgain) {
   EXPECT_FALSE(again.status({"4", "y"}) || again.status({"a", "b"}));
   EXPECT_TRUE(again.add({"4", "y"}, {{"m.z", "9"}}, 0, ""));
   EXPECT_EQ(directory.read("t.csv"), text + "4,y,9,,,0,\n");
-  EXPECT_TRUE(again.forget_failed());
+  EXPECT_TRUE(again.forget({{"1", "x"}}));
   EXPECT_FALSE(again.status({"1", "x"}));
   EXPECT_EQ(directory.read("t.csv"),
             text.substr(0, text.find("1,x")) + text.substr(text.find("2,y")) + "4,y,9,,,0,\n");
