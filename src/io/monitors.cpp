@@ -3,6 +3,7 @@
 
 #include <filesystem>
 
+#include "data/dataset.h"
 #include "diagnostics.h"
 #include "io/output_file.h"
 
@@ -36,9 +37,7 @@ std::vector<std::unique_ptr<Sink>> make_monitors(const std::vector<Monitor>& mon
   for (const std::string& output : run.outputs) taken.push_back(spelling(output));
   std::vector<std::unique_ptr<Sink>> sinks;
   for (const Monitor& monitor : monitors) {
-    const std::string where = monitor.line > 0
-                                  ? run.configuration + ": line " + std::to_string(monitor.line)
-                                  : run.configuration;
+    const std::string where = data::place(run.configuration, monitor.line);
     require_file(monitor, taken, where);
     switch (monitor.type) {
       case MonitorType::kField:

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "data/dataset.h"
 #include "diagnostics.h"
 #include "system/keys.h"
 #include "system/lint_context.h"
@@ -40,8 +41,7 @@ LintContext::LintContext(const Description& description)
 }
 
 void LintContext::warn(int line, const char* tag, const std::string& text) const {
-  const std::string place = line > 0 ? ": line " + std::to_string(line) : "";
-  diagnostics::warn(d.so.sysname + place + ": " + tag + ": " + text);
+  diagnostics::warn(data::place(d.so.sysname, line) + ": " + tag + ": " + text);
 }
 
 namespace {

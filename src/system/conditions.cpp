@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "data/dataset.h"
 #include "diagnostics.h"
 #include "system/keys.h"
 #include "system/stack_plan.h"
@@ -13,7 +14,7 @@ namespace {
 class Require {
  public:
   Require(const Description& d, const char* tag, int line)
-      : where_(d.so.sysname + ": line " + std::to_string(line) + ": " + tag + ": ") {}
+      : where_(data::place(d.so.sysname, line) + ": " + tag + ": ") {}
   void operator()(bool condition, const std::string& text) const {
     if (!condition) diagnostics::fail(where_ + text);
   }
@@ -45,9 +46,8 @@ void require_values(const Description& d, const std::string& tag, const Record& 
                     const GivenKeys& keys) {
   for (const GivenKey& key : keys)
     if (!key.refused.empty() && is_used(record, key.name))
-      diagnostics::fail(d.so.sysname + ": line " + std::to_string(key.line) + ": value " +
-                        quoted(key.value) + " of " + quoted(key.name) + " in " + tag + " " +
-                        key.refused);
+      diagnostics::fail(data::place(d.so.sysname, key.line) + ": value " + quoted(key.value) +
+                        " of " + quoted(key.name) + " in " + tag + " " + key.refused);
 }
 
 void require_wave(const Description& d, const struct_emfield& wave, const GivenKeys& keys) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "data/dataset.h"
 #include "diagnostics.h"
 #include "log.h"
 #include "system/rule.h"
@@ -29,8 +30,7 @@ void warn_of_unpainted(const struct_sysOptions& so, const std::vector<Placed>& c
 
 [[noreturn]] void fail_at(const struct_sysOptions& so, const struct_layer& l,
                           const std::string& text) {
-  const std::string line = l.line > 0 ? ": line " + std::to_string(l.line) : "";
-  diagnostics::fail(so.sysname + line + ": [layer]: " + text);
+  diagnostics::fail(data::place(so.sysname, l.line) + ": [layer]: " + text);
 }
 
 void require_in_domain(const struct_sysOptions& so, const struct_layer& screen) {

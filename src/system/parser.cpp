@@ -5,6 +5,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "data/dataset.h"
 #include "diagnostics.h"
 #include "log.h"
 #include "system/keys.h"
@@ -43,9 +44,7 @@ class Parser {
   void store(std::span<const Key<Record>> keys, const char* tag, Record& record, GivenKeys& given,
              const SplitLine& parts);
 
-  [[nodiscard]] std::string where() const {
-    return filename_ + ": line " + std::to_string(line_number_) + ": ";
-  }
+  [[nodiscard]] std::string where() const { return data::place(filename_, line_number_) + ": "; }
 
   const std::string& filename_;
   Description& d_;
