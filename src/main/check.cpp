@@ -2,9 +2,9 @@
 #include <cmath>
 #include <cstdlib>
 #include <iostream>
-#include <sstream>
 
 #include "diagnostics.h"
+#include "joined.h"
 #include "main/memory.h"
 #include "main/stages.h"
 #include "main/streaming.h"
@@ -19,16 +19,9 @@ void line(const std::string& name, const std::string& text) {
             << std::endl;
 }
 
-template <typename... Parts>
-std::string text_of(const Parts&... parts) {
-  std::ostringstream text;
-  (text << ... << parts);
-  return text.str();
-}
-
 std::string bytes_in_words(double bytes) {
-  return bytes < 1e9 ? text_of(std::max(0.1, std::round(bytes * 1e-5) / 10), " MB")
-                     : text_of(std::round(bytes * 1e-8) / 10, " GB");
+  return bytes < 1e9 ? joined(std::max(0.1, std::round(bytes * 1e-5) / 10), " MB")
+                     : joined(std::round(bytes * 1e-8) / 10, " GB");
 }
 
 const char* name_of(component kind) {
@@ -41,16 +34,16 @@ const char* name_of(component kind) {
 void report_grid(const Run& run) {
   const Grid& g = run.grid;
   const struct_sysOptions& so = run.description.so;
-  line("grid", text_of(g.nx, " x ", g.ny, " x ", g.nz, " samples, ", so.x, " x ", so.y, " x ", so.z,
-                       " units of ", g.metres, " m"));
-  line("spacing", text_of(g.dx, " x ", g.dy, " x ", g.dz, " m"));
-  line("wavelength", text_of(run.lambda, " m, ", run.lambda / g.dx, " samples in x, ",
-                             run.lambda / g.dy, " in y, ", run.lambda / g.dz, " in z"));
+  line("grid", joined(g.nx, " x ", g.ny, " x ", g.nz, " samples, ", so.x, " x ", so.y, " x ", so.z,
+                      " units of ", g.metres, " m"));
+  line("spacing", joined(g.dx, " x ", g.dy, " x ", g.dz, " m"));
+  line("wavelength", joined(run.lambda, " m, ", run.lambda / g.dx, " samples in x, ",
+                            run.lambda / g.dy, " in y, ", run.lambda / g.dz, " in z"));
 }
 
 void report_memory(const Run& run, const IndexSurvey& found) {
   std::string text = bytes_in_words(peak_bytes(run, found));
-  if (ranks::count() > 1) text += text_of(" at the first of ", ranks::count(), " processes");
+  if (ranks::count() > 1) text += joined(" at the first of ", ranks::count(), " processes");
   text += run.is_streamed ? ", as slices" : ", as whole volumes" + why_not_streamed(run);
   line("memory", text);
 }
@@ -61,10 +54,10 @@ void report_components(const Run& run) {
   for (std::size_t i = 0; i < places.size(); ++i) {
     const Slab& slab = places[i].slab;
     std::string where = slab.taken > 0
-                            ? text_of(", slices ", slab.start, " to ", slab.start + slab.taken - 1)
+                            ? joined(", slices ", slab.start, " to ", slab.start + slab.taken - 1)
                             : ", no slice";
-    if (d.layers[i].t == SCREEN) where = text_of(", on slice ", slab.start);
-    line(text_of("layer ", i + 1), name_of(d.layers[i].t) + where);
+    if (d.layers[i].t == SCREEN) where = joined(", on slice ", slab.start);
+    line(joined("layer ", i + 1), name_of(d.layers[i].t) + where);
   }
 }
 
@@ -74,17 +67,17 @@ std::string sum_in_words(const Run& run, const IndexSurvey& found) {
   const int direct = std::max(0, run.grid.nz - 1) - transformed;
   if (!run.options.is_fast || transformed == 0) return "direct sum";
   if (direct == 0) return "transforms";
-  return text_of("transforms in ", transformed, " steps, direct sum in ", direct);
+  return joined("transforms in ", transformed, " steps, direct sum in ", direct);
 }
 
 void report_work(const Run& run, const IndexSurvey& found) {
   const Options& options = run.options;
   const int threads = threads_of(options) * ranks::count();
-  line("index", text_of(found.changes, " steps change it; ", found.mean_pairs,
-                        " pairs of indices a step, ", found.most_pairs, " at most"));
+  line("index", joined(found.changes, " steps change it; ", found.mean_pairs,
+                       " pairs of indices a step, ", found.most_pairs, " at most"));
   const double direct = found.direct_seconds / threads;
   const double fast = found.fast_seconds / threads;
-  const std::string on = text_of(" on ", threads, threads == 1 ? " thread" : " threads");
+  const std::string on = joined(" on ", threads, threads == 1 ? " thread" : " threads");
   if (options.is_cpu || options.is_gpu) {
     line("sum", sum_in_words(run, found));
     line("time", "about " + duration_in_words(options.is_fast ? fast : direct) + on +

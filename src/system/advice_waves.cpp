@@ -27,7 +27,7 @@ void advise_on_amplitude(const LintContext& scene, const struct_emfield& wave,
 }
 
 // A key of another shape.
-void advise_on_keys(const Scene& scene, const struct_emfield& wave, const GivenKeys& keys) {
+void advise_on_keys(const LintContext& scene, const struct_emfield& wave, const GivenKeys& keys) {
   for (const GivenKey& key : keys)
     if (!is_used(wave, key.name) && !is_default(key))
       scene.warn(key.line, "[wave]",

@@ -1,10 +1,10 @@
 // What advice is given on: a description, and what follows from it.
 #pragma once
 
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "joined.h"
 #include "system/keys.h"
 #include "system/stack_plan.h"
 
@@ -41,14 +41,6 @@ std::string_view word_of(std::span<const Key<Record>> keys, std::string_view nam
 
 // Whether the index of one slice of the layer depends on x or y.
 bool varies_sideways(const struct_layer& l);
-
-// Its parts, as the default format shows them: "dx = 250 is ...".
-template <typename... Parts>
-std::string joined(const Parts&... parts) {
-  std::ostringstream text;
-  (text << ... << parts);
-  return text.str();
-}
 
 void advise_on_waves(const LintContext& scene);
 void advise_on_layers(const LintContext& scene);

@@ -4,7 +4,8 @@
 #include <climits>
 #include <cmath>
 #include <cstdlib>
-#include <sstream>
+
+#include "joined.h"
 
 namespace {
 
@@ -16,9 +17,7 @@ bool is_at_end(const char* rest) {
 
 template <typename Number>
 Reading partly(Number value, const char* wanted) {
-  std::ostringstream text;
-  text << "is read as " << value << "; write " << wanted;
-  return {Reading::kPartly, text.str()};
+  return {Reading::kPartly, joined("is read as ", value, "; write ", wanted)};
 }
 
 // Whether the text is a number from its first to its last character that a double holds.
