@@ -21,6 +21,7 @@ class Subject {
  private:
   const std::vector<Axis>& axes_;
   Description description_;
+  std::vector<std::size_t> sections_;  // of each axis, from 0 among those of its kind
 };
 
 }  // namespace sweep

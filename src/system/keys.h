@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "system/monitor.h"
 #include "system/numbers.h"
@@ -35,6 +36,13 @@ std::span<const Key<struct_sysOptions>> global_keys();
 std::span<const Key<struct_emfield>> wave_keys();
 std::span<const Key<struct_layer>> layer_keys();
 std::span<const Key<Monitor>> monitor_keys();
+
+template <typename Record>
+std::vector<std::string_view> names_of(std::span<const Key<Record>> keys) {
+  std::vector<std::string_view> names;
+  for (const Key<Record>& key : keys) names.push_back(key.name);
+  return names;
+}
 
 // Whether the layer's kind, or the wave's shape, uses the key.
 bool is_used(const struct_layer& l, std::string_view key);

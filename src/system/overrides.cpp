@@ -1,7 +1,5 @@
 #include "system/overrides.h"
 
-#include <cstdlib>
-
 #include "diagnostics.h"
 #include "log.h"
 #include "system/keys.h"
@@ -9,98 +7,119 @@
 
 namespace {
 
+// A kind of section that keys can be set in.
+struct SectionKind {
+  std::string_view name;
+  std::size_t count;  // sections in the configuration
+  std::vector<std::string_view> keys;
+};
+
+std::vector<SectionKind> section_kinds(const Description& d) {
+  return {{"global", 1, names_of(global_keys())},
+          {"wave", d.waves.size(), names_of(wave_keys())},
+          {"layer", d.layers.size(), names_of(layer_keys())},
+          {"monitor", d.monitors.size(), names_of(monitor_keys())}};
+}
+
+std::size_t index_among(const SectionKind& kind, const std::string& number,
+                        const std::string& place) {
+  const std::string name(kind.name);
+  const std::string has = place + "the configuration has " + std::to_string(kind.count) + " [" +
+                          name + (kind.count == 1 ? "]" : "] sections");
+  if (name == "global" && !number.empty()) diagnostics::fail(place + "[global] has no number");
+  if (number.empty()) {
+    // The first wave, which has the wavelength of the run, needs no number.
+    if (kind.count == 0 || (kind.count > 1 && name != "wave"))
+      diagnostics::fail(has + "; write " + name + "1 for the first");
+    return 0;
+  }
+  int value = 0;
+  const Range range = {1, static_cast<double>(kind.count), false, ""};
+  if (read_whole_within(number, range, value).kind != Reading::kRead)
+    diagnostics::fail(has + ", numbered from 1");
+  return static_cast<std::size_t>(value) - 1;
+}
+
 // "layer3.r=5" in its parts.
 struct Override {
-  std::string text;     // as given, for messages
-  std::string section;  // without its number
-  std::string number;
-  std::string key;
+  std::string place;  // begins messages
+  KeyName name;
   std::string value;
 };
 
-[[noreturn]] void refuse(const Override& o, const std::string& why) {
-  diagnostics::fail("--set " + o.text + ": " + why);
-}
-
 Override take_apart(const std::string& text) {
-  Override o;
-  o.text = text;
   std::string bare = text;
   removeBlanks(bare.data());
   bare.resize(bare.find('\0') == std::string::npos ? bare.size() : bare.find('\0'));
+  const std::string place = "--set " + text + ": ";
   const std::size_t assign = bare.find('=');
-  const std::size_t dot = bare.find('.');
-  if (assign == std::string::npos || dot > assign || assign + 1 == bare.size())
-    refuse(o, "write SECTION.KEY=VALUE, such as layer3.r=5000");
-  const std::string name = bare.substr(0, dot);
-  const std::size_t digits = name.find_last_not_of("0123456789") + 1;
-  o.section = name.substr(0, digits);
-  o.number = name.substr(digits);
-  o.key = bare.substr(dot + 1, assign - dot - 1);
-  o.value = bare.substr(assign + 1);
-  return o;
-}
-
-// The place of the record that the override means.
-std::size_t place(const Override& o, std::size_t count, bool takes_first) {
-  const std::string has = "the configuration has " + std::to_string(count) + " [" + o.section +
-                          (count == 1 ? "]" : "] sections");
-  if (o.number.empty()) {
-    if (count == 0 || (count > 1 && !takes_first))
-      refuse(o, has + "; write " + o.section + "1 for the first");
-    return 0;
-  }
-  const unsigned long number = std::strtoul(o.number.c_str(), nullptr, 10);
-  if (number < 1 || number > count) refuse(o, has + ", numbered from 1");
-  return number - 1;
+  if (assign == std::string::npos || bare.find('.') > assign || assign + 1 == bare.size())
+    diagnostics::fail(place + "write SECTION.KEY=VALUE, such as layer3.r=5000");
+  return {place, KeyName(bare.substr(0, assign)), bare.substr(assign + 1)};
 }
 
 template <typename Record>
 void store(const Override& o, std::span<const Key<Record>> keys, Record& record, GivenKeys& given) {
-  std::vector<std::string_view> names;
   for (const Key<Record>& key : keys) {
-    names.push_back(key.name);
-    if (o.key != key.name) continue;
+    if (o.name.key != key.name) continue;
     const Reading reading = key.store(record, o.value);
+    const std::string value = quoted(o.value) + " of " + quoted(key.name);
     if (reading.kind == Reading::kUnknownWord)
-      refuse(o, "unknown value " + quoted(o.value) + " of " + quoted(key.name) +
-                    suggestion(o.value, {key.keywords.begin(), key.keywords.end()}));
+      diagnostics::fail(o.place + "unknown value " + value +
+                        suggestion(o.value, {key.keywords.begin(), key.keywords.end()}));
     if (reading.kind != Reading::kRead)
-      refuse(o, "value " + quoted(o.value) + " of " + quoted(key.name) + " " + reading.text);
+      diagnostics::fail(o.place + "value " + value + " " + reading.text);
     given.push_back({key.name, o.value, 0});
-    return;
   }
-  refuse(o, "unknown key " + quoted(o.key) + " in [" + o.section + "]" + suggestion(o.key, names));
 }
 
 void apply(const Override& o, Description& d) {
-  if (o.section == "global") {
-    if (!o.number.empty()) refuse(o, "[global] has no number");
-    store(o, global_keys(), d.so, d.global_keys);
-    // As the line that it stands for would have, had it stood before the layers.
-    if (o.key == "permittivity") d.by_permittivity.assign(d.layers.size(), d.so.permittivity);
-  } else if (o.section == "wave") {
-    const std::size_t i = place(o, d.waves.size(), true);
+  const std::size_t i = section_index(o.name, d, o.place);
+  if (o.name.section == "wave") {
     store(o, wave_keys(), d.waves[i], d.wave_keys[i]);
-  } else if (o.section == "layer") {
-    const std::size_t i = place(o, d.layers.size(), false);
+  } else if (o.name.section == "layer") {
     store(o, layer_keys(), d.layers[i], d.layer_keys[i]);
-  } else if (o.section == "monitor") {
-    const std::size_t i = place(o, d.monitors.size(), false);
+  } else if (o.name.section == "monitor") {
     store(o, monitor_keys(), d.monitors[i], d.monitor_keys[i]);
   } else {
-    refuse(o, "unknown section " + quoted(o.section) +
-                  suggestion(o.section, {"global", "wave", "layer", "monitor"}));
+    store(o, global_keys(), d.so, d.global_keys);
+    // The file's line would come before the layers.
+    if (o.name.key == "permittivity") d.by_permittivity.assign(d.layers.size(), d.so.permittivity);
   }
 }
 
 }  // namespace
+
+KeyName::KeyName(const std::string& text) {
+  const std::size_t point = text.find('.');
+  const std::string head = text.substr(0, point);
+  const std::size_t digits = head.find_last_not_of("0123456789") + 1;
+  section = head.substr(0, digits);
+  number = head.substr(digits);
+  if (point != std::string::npos) key = text.substr(point + 1);
+}
+
+std::size_t section_index(const KeyName& name, const Description& d, const std::string& place) {
+  std::vector<std::string_view> known;
+  for (const SectionKind& kind : section_kinds(d)) {
+    known.push_back(kind.name);
+    if (kind.name != name.section) continue;
+    const std::size_t index = index_among(kind, name.number, place);
+    for (const std::string_view key : kind.keys)
+      if (key == name.key) return index;
+    diagnostics::fail(place + "unknown key " + quoted(name.key) + " in [" + name.section + "]" +
+                      suggestion(name.key, kind.keys));
+  }
+  diagnostics::fail(place + "unknown section " + quoted(name.section) +
+                    suggestion(name.section, known));
+}
 
 void apply_overrides(const std::vector<std::string>& overrides, Description& d, bool is_quiet) {
   const Log log(is_quiet);
   for (const std::string& text : overrides) {
     const Override o = take_apart(text);
     apply(o, d);
-    log << "\t\t\t\t\t" << o.section << o.number << '.' << o.key << " =\t" << o.value << std::endl;
+    log << "\t\t\t\t\t" << o.name.section << o.name.number << '.' << o.name.key << " =\t" << o.value
+        << std::endl;
   }
 }

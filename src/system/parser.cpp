@@ -15,13 +15,6 @@
 namespace {
 
 template <typename Record>
-std::vector<std::string_view> names_of(std::span<const Key<Record>> keys) {
-  std::vector<std::string_view> names;
-  for (const Key<Record>& key : keys) names.push_back(key.name);
-  return names;
-}
-
-template <typename Record>
 constexpr bool key_waits_for_kind =
     std::is_same_v<Record, struct_layer> || std::is_same_v<Record, struct_emfield>;
 

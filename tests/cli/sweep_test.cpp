@@ -171,6 +171,8 @@ TEST(Sweep, MistakesAreSaidBeforeAnythingIsRun) {
       {{"--sweep", "layer1.rr=1"}, "unknown key 'rr' in [layer]; did you mean 'r'?"},
       {{"--sweep", "layer2.r=1"}, "the configuration has 1 [layer]"},
       {{"--sweep", "wave0.amp=1"}, "the configuration has 1 [wave], numbered from 1"},
+      {{"--sweep", "layer99999999999999999999.r=1"}, "1 [layer], numbered from 1"},
+      {{"--sweep", "layer1.r=1,2", "--set", "layer0.r=1"}, "1 [layer], numbered from 1"},
       {{"--sweep", "global1.nx=1"}, "[global] has no number"},
       {{"--sweep", "wavee.amp=1"}, "unknown section 'wavee'; did you mean 'wave'?"},
       {{"--sweep", "amp=1"}, "unknown section 'amp'"},
