@@ -2,14 +2,15 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <iostream>
 #include <memory>
+#include <string>
+
+#include "diagnostics.h"
 
 namespace Array {
 
 void ArrayExit(const char* x) {
-  std::cerr << "zerith: ERROR: " << x << "." << std::endl;
-  std::exit(1);
+  throw zerith::Error(std::string("ERROR: ") + x + ".", 1);
 }
 
 void newAlign(Complex*& v, std::size_t len, std::size_t align) {

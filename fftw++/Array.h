@@ -7,11 +7,11 @@ using Complex = std::complex<double>;
 
 namespace Array {
 
-// Writes "ERROR: x." to the error stream and ends the process with exit status 1.
+// Throws Error of status 1 with the message "ERROR: x.".
 [[noreturn]] void ArrayExit(const char* x);
 
 // Sets v to len elements of value (0, 0) at a multiple of align bytes, a power of two. Failure ends
-// the process through ArrayExit.
+// in ArrayExit.
 void newAlign(Complex*& v, std::size_t len, std::size_t align);
 
 // Releases what newAlign gave.

@@ -1,14 +1,13 @@
 #include "fftw++.h"
 
 #include <cstdint>
-#include <cstdlib>
-#include <iostream>
 #include <iterator>
 #include <set>
 #include <sstream>
 #include <string>
 
 #include "aborts.h"
+#include "diagnostics.h"
 #include "wisdom.h"
 #include "wisdom_state.h"
 
@@ -75,14 +74,14 @@ fftw::~fftw() {
 }
 
 void noplan() {
-  std::cerr << "zerith: Unable to construct FFTW plan" << std::endl;
-  std::exit(1);
+  throw zerith::Error("Unable to construct FFTW plan", 1);
 }
 
 void fftw::CheckAlign(Complex* p, const char* s) {
   if (reinterpret_cast<std::uintptr_t>(p) % kAlignment == 0) return;
-  std::cerr << "zerith: WARNING: " << s << " array is not " << kAlignment
-            << "-byte aligned: address " << p << std::endl;
+  std::ostringstream text;
+  text << s << " array is not " << kAlignment << "-byte aligned: address " << p;
+  diagnostics::warn(text.str());
 }
 
 void fftw::Setup(Complex* in, Complex* out) {
@@ -146,12 +145,9 @@ Complex* fftw::Setout(Complex* in, Complex* out) {
     out = in;
   else
     CheckAlign(out, "output");
-  if (inplace != (out == in)) {
-    std::cerr
-        << "zerith: ERROR: fft constructor and call must be both in place or both out of place"
-        << std::endl;
-    std::exit(1);
-  }
+  if (inplace != (out == in))
+    throw zerith::Error(
+        "ERROR: fft constructor and call must be both in place or both out of place", 1);
   return out;
 }
 

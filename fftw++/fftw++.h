@@ -22,7 +22,7 @@ void PutWisdom(char c, std::ofstream& s);
 // Seconds of wall clock since the last call.
 double seconds();
 
-// A plan could not be made: says so and ends the process with exit status 1.
+// A plan could not be made: throws Error of status 1.
 [[noreturn]] void noplan();
 
 class fftw {
@@ -58,7 +58,7 @@ class fftw {
 
   // Plans for arrays like in and out; either may be null. Reads wisdom once per process and writes
   // it after every call; a wisdom file that is damaged, or no file at all but a pipe or a device,
-  // is passed over. A plan that cannot be made ends the process with exit status 1.
+  // is passed over. A plan that cannot be made throws Error of status 1.
   void Setup(Complex* in, Complex* out);
 
   Complex* Setout(Complex* in, Complex* out);

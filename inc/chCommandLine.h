@@ -15,6 +15,6 @@ void chCommandLinePassback(std::string* p, const char* s);
 
 // Stores the element behind the keyword, whatever it looks like; the last occurrence wins. Returns
 // whether the keyword was found; *p is left alone if not. A keyword that ends the line has no
-// value: that is reported and ends the process with exit(-1). Instantiated for int and std::string.
+// value: that is reported and throws Error. Instantiated for int and std::string.
 template <typename T>
 bool chCommandLineGet(T* p, const char* keyword, int argc, char* argv[]);

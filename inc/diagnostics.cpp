@@ -1,78 +1,86 @@
 #include "diagnostics.h"
 
-#include <unistd.h>
-
+#include <cctype>
 #include <cstdlib>
-#include <iostream>
+#include <string_view>
+#include <utility>
 
-namespace diagnostics {
+namespace zerith {
 namespace {
 
-bool quiet = false;
-std::string voice;  // of a process that is not the first of its run
-std::vector<std::string> warned;
-void (*leave_by)() = nullptr;
+thread_local Observer* current = nullptr;
 
-// The log goes first: a reader of both streams sees a message behind what led to it.
-void write_line(const std::string& text) {
-  std::cout.flush();
-  std::cerr << "zerith: " + text + "\n" << std::flush;
+}  // namespace
+
+Place Error::place() const {
+  constexpr std::string_view kLine = ": line ";
+  const std::string text = what();
+  const std::size_t end = text.find(kLine);
+  const std::size_t digits = end + kLine.size();
+  if (end == std::string::npos || digits >= text.size() ||
+      std::isdigit(static_cast<unsigned char>(text[digits])) == 0)
+    return {};
+  return {text.substr(0, end), std::atoi(text.c_str() + digits)};
+}
+
+std::string line_of(Message kind, const std::string& text) {
+  const char* const word = kind == Message::kWarning ? "warning: "
+                           : kind == Message::kError ? "error: "
+                                                     : "";
+  return std::string("zerith: ") + word + text;
+}
+
+void Observer::take(Message kind, const std::string& text) {
+  if (kind == Message::kWarning) warnings_.push_back(text);
+  show(kind, text);
+}
+
+ObserverScope::ObserverScope(Observer& observer) : before_(std::exchange(current, &observer)) {}
+ObserverScope::~ObserverScope() {
+  current = before_;
+}
+
+}  // namespace zerith
+
+namespace diagnostics {
+
+using zerith::Message;
+
+namespace {
+
+void send(Message kind, const std::string& text) {
+  if (zerith::current != nullptr) zerith::current->take(kind, text);
 }
 
 }  // namespace
 
-void set_quiet(bool is_quiet) {
-  quiet = is_quiet || !voice.empty();
-}
-
-void speak_as(const std::string& name) {
-  voice = name;
-  set_quiet(quiet);
-}
-
 void warn(const std::string& text) {
-  warned.push_back(text);
-  if (!quiet) write_line("warning: " + text);
+  send(Message::kWarning, text);
 }
-
-const std::vector<std::string>& warnings() {
-  return warned;
-}
-
-void forget_warnings() {
-  warned.clear();
-}
-
 void error(const std::string& text) {
-  write_line("error: " + (voice.empty() ? text : voice + ": " + text));
+  send(Message::kError, text);
 }
-
 void tell(const std::string& text) {
-  if (!quiet) write_line(text);
+  send(Message::kReport, text);
+}
+void note(const std::string& text) {
+  send(Message::kNote, text);
+}
+void progress(const std::string& text) {
+  send(Message::kProgress, text);
 }
 
 bool shows_notes() {
-  return !quiet && isatty(STDERR_FILENO) != 0;
+  return zerith::current != nullptr && zerith::current->shows_notes();
 }
 
-void note(const std::string& text) {
-  if (shows_notes()) write_line(text);
-}
-
-void progress(const std::string& text) {
-  if (!shows_notes()) return;
-  constexpr const char* kClearLine = "\r\033[K";
-  std::cerr << (text.empty() ? kClearLine : kClearLine + ("zerith: " + text)) << std::flush;
+const std::vector<std::string>& warnings() {
+  static const std::vector<std::string> none;
+  return zerith::current != nullptr ? zerith::current->warnings() : none;
 }
 
 void fail(const std::string& text) {
-  write_line("error: " + (voice.empty() ? text : voice + ": " + text));
-  if (leave_by != nullptr) leave_by();
-  std::exit(-1);
-}
-
-void on_failure(void (*leave)()) {
-  leave_by = leave;
+  throw zerith::Error(text);
 }
 
 }  // namespace diagnostics

@@ -1,48 +1,96 @@
-// Messages to the user on the error stream, each on a line of its own that begins "zerith: ".
+// Errors, which are exceptions, and the messages of a run, which go to its observer.
 //
-// Standard output is the log, whose every byte is defined; whatever else there is to say goes here.
+// A library neither prints messages nor ends the process. Both are left to main.
 #pragma once
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+namespace zerith {
+
+// A place in a file; line 0 means the file as a whole, an empty file no place at all.
+struct Place {
+  std::string file;
+  int line = 0;
+};
+
+// The run cannot continue.
+class Error : public std::runtime_error {
+ public:
+  // text begins with the place, "FILE: " or "FILE: line N: ", if there is one. status: what the
+  // process ends with.
+  explicit Error(const std::string& text, int status = 255)
+      : std::runtime_error(text), status_(status) {}
+
+  [[nodiscard]] int status() const { return status_; }
+  // The place with a line number that the text begins with.
+  [[nodiscard]] Place place() const;
+
+ private:
+  int status_;
+};
+
+enum class Message {
+  kWarning,   // the user should know this while the run continues
+  kError,     // something is lost and the run continues
+  kReport,    // something that was asked for
+  kNote,      // a courtesy to a person at a terminal
+  kProgress,  // replaces the last one; an empty text removes it
+};
+
+// The message as a line without its end: "zerith: warning: TEXT".
+std::string line_of(Message kind, const std::string& text);
+
+// Receives the messages of one run.
+class Observer {
+ public:
+  Observer() = default;
+  virtual ~Observer() = default;
+  Observer(const Observer&) = delete;
+  Observer& operator=(const Observer&) = delete;
+
+  // Keeps warnings and shows all messages.
+  void take(Message kind, const std::string& text);
+  // Of the run so far, in order.
+  [[nodiscard]] const std::vector<std::string>& warnings() const { return warnings_; }
+  // Whether notes and progress reach anybody.
+  [[nodiscard]] virtual bool shows_notes() const { return false; }
+
+ protected:
+  virtual void show(Message kind, const std::string& text) = 0;
+
+ private:
+  std::vector<std::string> warnings_;
+};
+
+// While it lives, messages of this thread go to the observer. Without one they are dropped.
+class ObserverScope {
+ public:
+  explicit ObserverScope(Observer& observer);
+  ~ObserverScope();
+  ObserverScope(const ObserverScope&) = delete;
+  ObserverScope& operator=(const ObserverScope&) = delete;
+
+ private:
+  Observer* before_;
+};
+
+}  // namespace zerith
+
+// Messages to the observer of this thread.
 namespace diagnostics {
 
-// Quiet mode silences warnings and notes, never errors. Off until set.
-void set_quiet(bool is_quiet);
-
-// For one of several processes of a run, all but the first of which have a name: from now on it
-// keeps to itself what is not an error, and says under the name what is.
-void speak_as(const std::string& name);
-
-// Something the user should know while the run goes on. Kept, shown or not.
 void warn(const std::string& text);
-
-// What has been warned of so far, in order.
-const std::vector<std::string>& warnings();
-void forget_warnings();  // as before the next of several runs in a process
-
-// Something is lost and the run goes on: said in quiet mode too.
 void error(const std::string& text);
-
-// Whether notes are shown: the error stream is a terminal and the run isn't quiet.
-bool shows_notes();
-
-// Something that was asked for: a line whether or not a terminal is there; quiet mode silences it.
-void tell(const std::string& text);
-
-// A courtesy to the person at the terminal; not written to a file or a pipe.
+void tell(const std::string& text);  // Message::kReport
 void note(const std::string& text);
-
-// Overwrites the line of the last call: a progress display. Shown like a note; an empty text clears
-// the line.
 void progress(const std::string& text);
 
-// The run cannot go on: says why and ends the process with exit(-1), seen as status 255.
-[[noreturn]] void fail(const std::string& text);
+bool shows_notes();
+const std::vector<std::string>& warnings();
 
-// From now on fail calls leave instead of exit: what a test, a fuzzer or one of several processes
-// does when a run cannot go on. leave must not return. Null for exit again.
-void on_failure(void (*leave)());
+// Throws zerith::Error of status 255.
+[[noreturn]] void fail(const std::string& text);
 
 }  // namespace diagnostics

@@ -3,7 +3,8 @@
 // All pointers are device pointers and stay the caller's. Lengths in m, wavenumbers in rad/m; a
 // volume is [nz][ny][nx], x fastest, of fewer than 2^31 samples. No wrapper copies, synchronises or
 // clears an error: look at cudaGetLastError() after cudaDeviceSynchronize(). The working storage of
-// a call (transform plan and spectrum) is held until the process ends.
+// a call (transform plan and spectrum) is held until the process ends. A plan, an allocation or a
+// transform that failed, which no return value shows, is an error message to the observer.
 #pragma once
 
 #include <cuda_runtime.h>
@@ -28,17 +29,11 @@ void naiveKernelWrapper_3D(double2* E, double* F, double2* N, double2* KX, doubl
 // A simpler model on lines instead of planes, with the spectrum staged through shared memory:
 // sample m of slice s is element s*nx + m. No flux, no evanescent modes; only whole tiles of
 // blockSize modes are summed. Arguments as above; KY and Y are not used.
-//   fresnel  0 TE, 1 TM; another value is reported on standard output and ends the process with
-//            exit(-1)
+//   fresnel  0 TE, 1 TM; another value is reported on standard output and throws Error
 // Slices 1..nz-1 are replaced, and what follows a line is zeroed by the threads that idle there.
 void shMemKernelWrapper_3D(double2* E, double2* N, double2* KX, double* X, double2* KY, double* Y,
                            double k0, double dz, int nz, int ny, int nx, int blockSize,
                            int fresnel);
-
-// Is told of a plan, an allocation or a transform that failed, which no return value shows: a line
-// of text without its end. Unless another listener is set, it goes to the error stream.
-using DeviceListener = void (*)(const char* text);
-void set_device_listener(DeviceListener listener);
 
 // Whether this build's device is the host: timings are then the host's.
 bool is_host_standin();

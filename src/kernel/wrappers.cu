@@ -2,9 +2,9 @@
 // stream, whose order is all the synchronisation there is.
 #include <cufft.h>
 
-#include <cstdlib>
 #include <iostream>
 
+#include "diagnostics.h"
 #include "kernel/kernel.h"
 #include "kernel/kernels.cuh"
 #include "kernel/launch.h"
@@ -40,7 +40,7 @@ void shMemKernelWrapper_3D(double2* E, double2* N, double2* KX, double* X, doubl
 
   if (fresnel != 0 && fresnel != 1) {
     std::cout << "Error - Unknown Fresnel Coefficient " << fresnel << std::endl;
-    std::exit(-1);
+    diagnostics::fail("the shared-memory kernel has Fresnel coefficients 0 (TE) and 1 (TM) alone");
   }
   if (!spectrum.has_room()) return;
   const auto kernel = fresnel == 0 ? shMemKernelTE_3D : shMemKernelTM_3D;

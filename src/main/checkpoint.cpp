@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <fstream>
 #include <sstream>
 #include <utility>
@@ -190,7 +191,7 @@ HeldSignals::HeldSignals() {
 HeldSignals::~HeldSignals() {
   std::signal(SIGINT, SIG_DFL);
   std::signal(SIGTERM, SIG_DFL);
-  if (signal_that_came != 0) std::raise(signal_that_came);
+  if (signal_that_came != 0 && std::uncaught_exceptions() == 0) std::raise(signal_that_came);
 }
 
 StopWatch::StopWatch(std::string file, std::string identity, double every_seconds, Branch branch,

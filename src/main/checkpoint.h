@@ -26,7 +26,7 @@ struct RunState {
 };
 
 // The state in file, if there is one. A file of another run (identity: a hash of all that the
-// results depend on), another version or one that is damaged ends the process with exit(-1).
+// results depend on), another version or one that is damaged throws Error.
 std::optional<RunState> read_checkpoint(const std::string& file, const std::string& identity);
 
 // Writes beside the file, to the disk, and renames over it. Failure is an error message; the old
@@ -38,7 +38,7 @@ void write_checkpoint(const std::string& file, const std::string& identity, cons
 class HeldSignals {
  public:
   HeldSignals();
-  ~HeldSignals();  // and act at once again
+  ~HeldSignals();  // and act at once again, unless an error ends the run
   HeldSignals(const HeldSignals&) = delete;
   HeldSignals& operator=(const HeldSignals&) = delete;
 };

@@ -16,11 +16,10 @@ struct HostCopies {
 HostCopies converted(Run& run);
 
 struct DeviceArrays {
-  // Allocates all; what could not be had is reported on the log, quiet or not, and ends the process
-  // with exit(-1).
+  // Allocates all; what could not be had is reported on the log, quiet or not, and throws Error.
   explicit DeviceArrays(const Grid& grid);
 
-  // What cannot be copied ends the process with exit(-1).
+  // What cannot be copied throws Error.
   void upload(const Run& run, const HostCopies& copies);
   void download(Run& run) const;
 

@@ -134,7 +134,6 @@ void run_on_device(Run& run) {
   if (is_host_standin())
     diagnostics::note(
         "the device is the host stand-in: results are the device code's, times are not");
-  set_device_listener([](const char* text) { diagnostics::error(text); });
   run.log << "Applying simulation on GPU ..." << std::endl;
   if (run.resumed && run.resumed->branch == Branch::kCpu) return;  // its files stand
   double flux_of_first = 0;

@@ -102,11 +102,11 @@ void printHelp(const char* argv) {
       << kOptions << std::flush;
 }
 
-void answer_help_and_version(int argc, char* argv[]) {
+bool answer_help_and_version(int argc, char* argv[]) {
   const auto has = [&](const char* keyword) { return chCommandLineGetBool(keyword, argc, argv); };
   const bool is_help_all = has("help-all");
   const bool is_help = is_help_all || has("h") || has("help");
-  if (!is_help && !has("v") && !has("version")) return;
+  if (!is_help && !has("v") && !has("version")) return false;
   if (ranks::answers_for_all()) {
     if (is_help)
       printHelp(argv[0]);
@@ -115,7 +115,7 @@ void answer_help_and_version(int argc, char* argv[]) {
     if (is_help_all) std::cout << kMoreOptions << std::flush;
     if (is_help && !is_help_all) diagnostics::note("--help-all prints every option");
   }
-  std::exit(0);
+  return true;
 }
 
 void join_others(int argc, char* argv[]) {

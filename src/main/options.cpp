@@ -129,7 +129,6 @@ Options::Options(int argc, char* argv[]) {
   for (int i = 1; i < argc; ++i) (text += i > 1 ? " " : "") += argv[i];
 
   is_quiet = reader.has("q", "quiet");
-  diagnostics::set_quiet(is_quiet);
   reader.read(&config_file, "i", "config-file");
   is_store = reader.has("r", "store-results");
   is_cpu = reader.has("p", "run-cpu");

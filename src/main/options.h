@@ -39,12 +39,12 @@ struct Options {
   std::vector<std::string> overrides;  // SECTION.KEY=VALUE
 
   Options() = default;
-  // Warns of what it does not know. Values of our own options that cannot be meant end the process
-  // with exit(-1).
+  // Warns of what it does not know. Values of our own options that cannot be meant throw
+  // Error.
   Options(int argc, char* argv[]);
 
-  // An option that ends the line has no value, which is noticed where the value is needed: ends the
-  // process with exit(-1) if one of these two, without dashes, is so.
+  // An option that ends the line has no value, which is noticed when the value is needed: throws
+  // Error if one of these two, without dashes, is so.
   void require_value(const char* short_form, const char* long_form) const;
 
  private:

@@ -5,8 +5,9 @@
 
 constexpr const char* VERSION = "Version 0.10";
 
-// Help and version end the process, whatever started it.
-void answer_help_and_version(int argc, char* argv[]);
+// Prints the help or the version if one is asked for, whatever started the process. Returns whether
+// it was.
+bool answer_help_and_version(int argc, char* argv[]);
 
 // Joins the processes that were started together with this one; with --independent it stays alone.
 void join_others(int argc, char* argv[]);
@@ -27,9 +28,8 @@ std::vector<std::string> outputs_of(const Run& run);
 // outside.
 void look_ahead(Run& run);
 
-// With --check: prints what the run would be and ends the process, 0 or, if anything was warned of,
-// 255.
-void answer_check(Run& run);
+// With --check: prints what the run would be. Returns 0 or, if anything was warned of, 255.
+int report_check(const Run& run);
 
 // Before anything is written: refuses a run that would overwrite its own configuration or, with
 // --strict, one that was warned of; finds where a stopped run resumes.

@@ -242,7 +242,5 @@ int run_sweep(int argc, char* argv[]) {
     ranks::require_alone(
         "each would do the whole sweep: give each process its own points with --points, or start "
         "one process");
-  sweep::Plan plan = sweep::read_plan(argc, argv);
-  diagnostics::set_quiet(plan.is_quiet);
-  return sweep::Sweep(std::move(plan)).run();
+  return sweep::Sweep(sweep::read_plan(argc, argv)).run();
 }

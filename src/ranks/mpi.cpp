@@ -2,7 +2,6 @@
 #include <mpi.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <numeric>
@@ -16,16 +15,6 @@ namespace {
 
 int ranks = 1;
 int rank = 0;
-
-// The one way out. A process that ends in an error, wherever it did, ends the others with it; they
-// would wait for it for ever.
-void leave(int status, void* /*unused*/) {
-  std::cout.flush();
-  if (status != 0 && ranks > 1)
-    MPI_Abort(MPI_COMM_WORLD, status & 255);
-  else
-    MPI_Finalize();
-}
 
 // From and to the one rank.
 void copy_lines(const void* from, void* to, Share wanted, std::size_t line_bytes) {
@@ -67,8 +56,19 @@ void join(int& argc, char**& argv) {
   MPI_Init_thread(&argc, &argv, MPI_THREAD_FUNNELED, &given);
   MPI_Comm_size(MPI_COMM_WORLD, &ranks);
   MPI_Comm_rank(MPI_COMM_WORLD, &rank);
-  on_exit(leave, nullptr);
-  if (rank > 0) diagnostics::speak_as("rank " + std::to_string(rank));
+}
+
+// The others would wait for a process that ends in an error for ever.
+int leave(int status) {
+  int is_joined = 0;
+  MPI_Initialized(&is_joined);
+  if (is_joined == 0) return status;
+  std::cout.flush();
+  if (status != 0 && ranks > 1)
+    MPI_Abort(MPI_COMM_WORLD, status & 255);
+  else
+    MPI_Finalize();
+  return status;
 }
 
 bool answers_for_all() {

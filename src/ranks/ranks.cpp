@@ -64,10 +64,8 @@ bool is_first_launched() {
 
 void require_alone(const std::string& why) {
   if (launched() == 1) return;
-  if (!is_first_launched()) {  // one says so, and most launchers then end the others
-    std::this_thread::sleep_for(std::chrono::seconds(2));
-    std::exit(-1);
-  }
+  // The first one reports it, and most launchers then end the others.
+  if (!is_first_launched()) std::this_thread::sleep_for(std::chrono::seconds(2));
   diagnostics::fail("started as one of " + std::to_string(launched()) + " processes, but " + why);
 }
 

@@ -7,6 +7,7 @@
 
 #include <complex>
 #include <cstddef>
+#include <exception>
 #include <string>
 
 namespace ranks {
@@ -24,13 +25,15 @@ int launched();
 bool answers_for_all();
 bool is_first_launched();
 
-// Joins the ranks; before it there is one. From then on the end of the process is that of all: with
-// status 0 it waits for the others to end too, with any other it ends them. A process without a
-// launcher does not open MPI. A build without MPI ends with a message if a launcher started it as
-// one of several.
+// Joins the ranks; before it there is one. A process without a launcher does not open MPI. A build
+// without MPI throws Error if a launcher started it as one of several.
 void join(int& argc, char**& argv);
 
-// Ends the process with a message, why in it, if a launcher started it as one of several; what does
+// main calls it last and returns what it returns, the status. With status 0 it waits for the others
+// to end too; with any other it ends them.
+int leave(int status);
+
+// Throws Error, why in its message, if a launcher started it as one of several; what does
 // not join them calls it.
 void require_alone(const std::string& why);
 
@@ -71,7 +74,7 @@ inline Share share(int n) {
 void meet();
 
 // Does work on the first rank, then on the others: what is wrong for all alike, such as a file that
-// cannot be read, ends the run before a second one says so.
+// cannot be read, ends the run before a second one reports it.
 template <typename Work>
 auto after_first(Work work) {
   struct Turn {
@@ -79,8 +82,9 @@ auto after_first(Work work) {
       if (!is_first()) meet();
     }
     ~Turn() {
-      if (is_first()) meet();
+      if (is_first() && std::uncaught_exceptions() == before) meet();
     }
+    int before = std::uncaught_exceptions();
   } turn;
   return work();
 }

@@ -15,6 +15,10 @@ bool answers_for_all() {
   return true;
 }
 
+int leave(int status) {
+  return status;
+}
+
 int count() {
   return 1;
 }

@@ -42,7 +42,7 @@ struct Description {
 // Reads the file into d, which must be empty, and puts the overrides over it, each a text such as
 // "layer3.r=5000". Unless is_quiet, echoes each line of the file and behind them the overrides, if
 // there are any, to the log. What is not understood in [global], [wave] and [layer] is ignored with
-// a warning; ends the process with exit(-1) on
+// a warning; throws Error on
 // - a file that cannot be read, a line that is too long or has nothing but equals signs,
 // - whatever is wrong in [monitor] or in an override,
 // - a value out of range of a key that has a range, if the kind of layer or wave uses the key, and

@@ -22,5 +22,5 @@ std::size_t section_index(const KeyName& name, const Description& d, const std::
 // Each text is SECTION.KEY=VALUE: global, wave, layer or monitor, the latter three with a number
 // from 1. Without one, wave is the first; layer and monitor are the only one. Blanks count for
 // nothing. Later texts win. Stores the values as the file's lines would, and echoes them to the log
-// unless is_quiet. Ends the process with exit(-1) if a name or value is not understood in full.
+// unless is_quiet. Throws Error if a name or value is not understood in full.
 void apply_overrides(const std::vector<std::string>& overrides, Description& d, bool is_quiet);

@@ -58,7 +58,7 @@ struct Kind {
 // Null for a value outside the enumeration.
 const Kind* kind_of(component t);
 
-// Ends the process with exit(-1) if a grating takes a slice and its period is under two samples in
+// Throws Error if a grating takes a slice and its period is under two samples in
 // x or y. number: its place among the layers, from 1, for the message; 0 if unknown.
 void require_grating_periods(const struct_sysOptions& so, const Slab& slab, const struct_layer& l,
                              int number);

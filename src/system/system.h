@@ -178,7 +178,7 @@ constexpr const char* END = " ;";
 // Reads the configuration file into *so (reset first) and appends its waves and layers to the two
 // sequences. Unless is_quiet, echoes each line to the log. What is not understood is ignored, with
 // a warning on the error stream; a file that cannot be read, a line that is too long and a line of
-// nothing but equals signs end the process with exit(-1).
+// nothing but equals signs throw Error.
 void parse(const std::string& filename, struct_sysOptions* so, std::vector<struct_layer>* layers,
            std::vector<struct_emfield>* fields, bool is_quiet);
 

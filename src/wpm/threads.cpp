@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
+#include <exception>
 #include <limits>
 #include <memory>
 #include <system_error>
@@ -22,6 +23,14 @@ constexpr int kLooks = 10000;
 
 // Whether this thread is within a task, or never does anything else.
 thread_local bool is_inside = false;
+
+struct Inside {
+  Inside() = default;
+  ~Inside() { is_inside = before; }
+  Inside(const Inside&) = delete;
+  Inside& operator=(const Inside&) = delete;
+  const bool before = std::exchange(is_inside, true);
+};
 
 void pause_briefly() {
 #if defined(__x86_64__)
@@ -71,6 +80,9 @@ class Team {
     work(0);
     for (int look = 0; look < kLooks && done_.load() != parts; ++look) pause_briefly();
     for (int done = done_.load(); done != parts; done = done_.load()) done_.wait(done);
+    if (!has_failed_.test()) return;
+    has_failed_.clear();
+    std::rethrow_exception(std::exchange(failure_, nullptr));
   }
 
  private:
@@ -126,8 +138,12 @@ class Team {
       const int count = count_.load();
       if (!run.compare_exchange_strong(word, from_front ? word + (1U << 16U) : word - 1)) continue;
       const int part = from_front ? begin : end - 1;
-      for (int index = part * step; index < count && index < (part + 1) * step; ++index)
-        call(context, index, worker);
+      try {
+        for (int index = part * step; index < count && index < (part + 1) * step; ++index)
+          call(context, index, worker);
+      } catch (...) {  // goes to the caller, after all parts
+        if (!has_failed_.test_and_set()) failure_ = std::current_exception();
+      }
       ++taken;
     }
   }
@@ -139,6 +155,8 @@ class Team {
   std::atomic<detail::Call> call_{nullptr};
   std::atomic<void*> context_{nullptr};
   std::atomic<bool> is_over_{false};
+  std::atomic_flag has_failed_;
+  std::exception_ptr failure_;  // the first of a job
   std::vector<std::thread> helpers_;
 };
 
@@ -168,9 +186,8 @@ void share_out(int count, double nanoseconds, Call call, void* context) {
       {nanoseconds / kWorthAThread, 1.0 * std::min(thread_count, thread_limit), 1.0 * count});
   const int helpers = is_inside ? 0 : static_cast<int>(wanted) - 1;
   if (helpers < 1) {
-    const bool was_inside = std::exchange(is_inside, true);
+    const Inside inside;
     for (int index = 0; index < count; ++index) call(context, index, 0);
-    is_inside = was_inside;
     return;
   }
   static int team_size = 0;
@@ -180,9 +197,8 @@ void share_out(int count, double nanoseconds, Call call, void* context) {
     team.reset();
     team = std::make_unique<Team>(team_size);
   }
-  is_inside = true;
+  const Inside inside;
   team->run(count, helpers, call, context);
-  is_inside = false;
 }
 
 }  // namespace detail

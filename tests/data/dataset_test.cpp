@@ -8,6 +8,7 @@
 #include "support/process.h"
 #if ZERITH_HAS_HDF5
 #include "data/hdf5_writer.h"
+#include "support/errors.h"
 #endif
 
 namespace {
@@ -124,9 +125,9 @@ TEST_F(Forms, FieldsOfAMonitorAreFoundByTheirNames) {
   std::vector<double> values(24);
   set.read(0, 1, values.data());
   EXPECT_EQ(values[22], 11.5);
-  EXPECT_EXIT(set.read(1, 1, values.data()), testing::ExitedWithCode(255),
-              "line 3: .* has no slice 1: the run that wrote the file was interrupted behind 1");
-  EXPECT_EXIT(Dataset(saved, "/n", Layout::kField, ""), testing::ExitedWithCode(255), "/E");
+  EXPECT_ERROR(set.read(1, 1, values.data()),
+               "line 3: .* has no slice 1: the run that wrote the file was interrupted behind 1");
+  EXPECT_ERROR(Dataset(saved, "/n", Layout::kField, ""), "/E");
 }
 
 TEST_F(Forms, WhatDoesNotServeIsAnErrorThatNamesThePlace) {
@@ -168,9 +169,8 @@ TEST_F(Forms, WhatDoesNotServeIsAnErrorThatNamesThePlace) {
         Bad{"bad.h5", "still", Layout::kField, "Spacing of 0"},
         Bad{"bad.h5", "nan", Layout::kVolume, "not finite, at slice 1, row 0, column 1"},
         Bad{"bad.h5", "inf", Layout::kField, "not finite, at slice 0, row 0, column 3"}}) {
-    EXPECT_EXIT(all_of({folder.path(b.file).string(), b.name, b.layout, "a.cfg: line 3"}),
-                testing::ExitedWithCode(255),
-                std::string("zerith: error: a.cfg: line 3: .*") + b.message)
+    EXPECT_ERROR(all_of({folder.path(b.file).string(), b.name, b.layout, "a.cfg: line 3"}),
+                 std::string("a.cfg: line 3: .*") + b.message)
         << b.name;
   }
 }
@@ -178,8 +178,8 @@ TEST_F(Forms, WhatDoesNotServeIsAnErrorThatNamesThePlace) {
 #else
 
 TEST(Dataset, NeedsAProgramBuiltWithHdf5) {
-  EXPECT_EXIT(Dataset("a.h5", "/E", Layout::kField, "a.cfg: line 3"), testing::ExitedWithCode(255),
-              "a.cfg: line 3: .*ZERITH_HDF5=on");
+  EXPECT_ERROR(Dataset("a.h5", "/E", Layout::kField, "a.cfg: line 3"),
+               "a.cfg: line 3: .*ZERITH_HDF5=on");
 }
 
 #endif

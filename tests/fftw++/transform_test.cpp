@@ -8,6 +8,7 @@
 #include <string>
 
 #include "fftw++.h"
+#include "support/errors.h"
 
 namespace {
 
@@ -46,9 +47,9 @@ constexpr double kBound = 1e-12;
 
 TEST(Transform, PlanAndCallMustAgreeOnThePlace) {
   Slice in(16), out(16);
-  EXPECT_EXIT(fft2d(4, 4, -1, in.data(), out.data()).fft(in.data(), nullptr),
-              testing::ExitedWithCode(1),
-              "ERROR: fft constructor and call must be both in place or both out of place");
+  EXPECT_TRUE(ends_in_error(
+      [&] { fft2d(4, 4, -1, in.data(), out.data()).fft(in.data(), nullptr); },
+      "^ERROR: fft constructor and call must be both in place or both out of place$", 1));
 }
 
 // A multiple of 8 and not of 16: a warning for each array, and the transform is carried out.
@@ -56,14 +57,14 @@ TEST(Transform, MisalignedArraysDrawAWarning) {
   const Slice in = sample(16);
   Slice storage(34);
   auto* shifted = reinterpret_cast<Complex*>(reinterpret_cast<double*>(storage.data()) + 1);
-  testing::internal::CaptureStderr();
+  const Messages messages;
   fft2d plan(4, 4, -1, shifted, shifted + 16);
   std::copy(in.begin(), in.end(), shifted);
   plan.fft(shifted, shifted + 16);
-  const std::string text = testing::internal::GetCapturedStderr();
+  const std::string& text = messages.text();
   EXPECT_EQ(std::ranges::count(text, '\n'), 4) << text;
   EXPECT_TRUE(text.starts_with(
-      "zerith: WARNING: constructor input array is not 16-byte aligned: address 0x"));
+      "zerith: warning: constructor input array is not 16-byte aligned: address 0x"));
   EXPECT_LE(distance(Slice(shifted + 16, shifted + 32), definition(in, 4, 4, -1)), kBound);
 }
 
@@ -160,8 +161,8 @@ TEST(AlignedStorage, IsClearedAndFailsWithAMessage) {
   EXPECT_EQ(Slice(v, v + 5), Slice(5));
   Array::deleteAlign(v);
 #ifndef __SANITIZE_ADDRESS__  // whose allocator ends the process itself
-  EXPECT_EXIT(Array::newAlign(v, std::size_t{1} << 58U, 16), testing::ExitedWithCode(1),
-              "ERROR: Memory limits exceeded\\.");
+  EXPECT_TRUE(ends_in_error([&] { Array::newAlign(v, std::size_t{1} << 58U, 16); },
+                            "^ERROR: Memory limits exceeded\\.$", 1));
 #endif
 }
 

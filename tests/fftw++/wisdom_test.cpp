@@ -7,6 +7,7 @@
 
 #include "cli/configuration.h"
 #include "fftw++.h"
+#include "support/errors.h"
 #include "support/process.h"
 #include "wisdom.h"
 
@@ -35,9 +36,9 @@ void plan(const std::string& wisdom, unsigned effort = FFTW_MEASURE, unsigned n 
   fftw::effort = effort;
   fftw::WisdomName = wisdom.c_str();
   std::vector<Complex> out(n * n);
-  testing::internal::CaptureStderr();
+  const Messages messages;
   const fftwpp::fft2d transform(n, n, -1, nullptr, out.data());
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(messages.text(), "");
   fftw::effort = FFTW_MEASURE;
   fftw::WisdomName = "wisdom3.txt";
 }

@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 #include <hdf5.h>
-#include <sys/resource.h>
 
 #include <cmath>
-#include <csignal>
 
+#include "file_size_limit.h"
 #include "io/observing.h"
+#include "support/errors.h"
 
 namespace {
 
@@ -142,8 +142,8 @@ TEST(FieldFile, GoesOnBehindAnySliceAndTellsHowFarItCame) {
 
   const Mark mark = sink->mark();
   std::filesystem::resize_file(m.file, 100);
-  EXPECT_EXIT(monitor_of(scene, m)->go_back_to(mark), testing::ExitedWithCode(255),
-              "a.cfg: line 7: the run cannot go on with the file");
+  EXPECT_ERROR(monitor_of(scene, m)->go_back_to(mark),
+               "a.cfg: line 7: the run cannot go on with the file");
 }
 
 TEST(FieldFile, ThatDoesNotFitIsAnErrorBeforeTheRun) {
@@ -152,18 +152,16 @@ TEST(FieldFile, ThatDoesNotFitIsAnErrorBeforeTheRun) {
   Grid grid;
   grid.nx = grid.ny = grid.nz = 100000;
   grid.dx = grid.dy = grid.dz = 1e-6;
-  EXPECT_EXIT(make_monitors({m}, grid, {}), testing::ExitedWithCode(255),
-              "line 7: the file .* needs 1.6e\\+04 TB and its disk has .* left");
+  EXPECT_ERROR(make_monitors({m}, grid, {}),
+               "line 7: the file .* needs 1.6e\\+04 TB and its disk has .* left");
   // What the disk has, but does not give.
   Scene scene(64, 64, 20, 1e-6, 1e-6, 1e-6, 1e-6);
   const auto on_a_small_disk = [&] {
-    const rlimit limit = {100000, 100000};
-    std::signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &limit);
+    const FileSizeLimit limit(100000);
     monitor_of(scene, m)->take(0, slice_of(scene, 0));
   };
-  EXPECT_EXIT(on_a_small_disk(), testing::ExitedWithCode(255),
-              "line 7: the file .* (cannot be created|of 1.31 MB cannot be had)");
+  EXPECT_ERROR(on_a_small_disk(),
+               "line 7: the file .* (cannot be created|of 1.31 MB cannot be had)");
 }
 
 // What a reader of its own makes of a file: the shape of E, its first number, the spacing. Readers

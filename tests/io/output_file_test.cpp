@@ -8,6 +8,7 @@
 #include <random>
 #include <sstream>
 
+#include "support/errors.h"
 #include "support/process.h"
 
 namespace {
@@ -35,12 +36,12 @@ TEST(OutputFile, WritesNumbersAsAStreamDoes) {
 }
 
 TEST(OutputFile, SaysOnceThatItCouldNotBeWritten) {
-  testing::internal::CaptureStderr();
+  const Messages messages;
   {
     OutputFile file("/dev/full");
     for (int i = 0; i < 300; ++i) file << std::string(5000, 'x');
   }
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+  EXPECT_EQ(messages.text(),
             "zerith: error: /dev/full: lost, it is not fully written: No space left on device\n");
 }
 
@@ -58,8 +59,8 @@ TEST(OutputFile, GoesOnWhereItWasSaved) {
   OutputFile(name, position) << "and gone on";
   EXPECT_EQ(directory.read("a"), "saved and gone on");
   OutputFile("/dev/null", position) << "a device has no length";
-  EXPECT_EXIT(OutputFile(name, 100), testing::ExitedWithCode(255), "a: the run cannot go on");
-  EXPECT_EXIT(OutputFile(name + "b", 0), testing::ExitedWithCode(255), "remove the checkpoint");
+  EXPECT_ERROR(OutputFile(name, 100), "a: the run cannot go on");
+  EXPECT_ERROR(OutputFile(name + "b", 0), "remove the checkpoint");
 }
 
 }  // namespace

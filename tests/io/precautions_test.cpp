@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include "io/io.h"
+#include "support/errors.h"
 #include "support/process.h"
 
 namespace {
@@ -50,12 +51,11 @@ TEST(Precautions, AProbeSaysWhatWillFailAndTouchesNothing) {
   const fs::file_time_type time = fs::last_write_time(directory.path("old"));
   for (const auto& [name, reason] : kNames) {
     const std::string path = directory.path(name).string();
-    testing::internal::CaptureStderr();
+    const Messages messages;
     warn_if_unwritable(path);
-    const std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(said, *reason == 0
-                        ? ""
-                        : "zerith: warning: " + path + ": will not be written: " + reason + "\n");
+    EXPECT_EQ(
+        messages.text(),
+        *reason == 0 ? "" : "zerith: warning: " + path + ": will not be written: " + reason + "\n");
   }
   EXPECT_EQ(everything(directory), before);
   EXPECT_EQ(fs::last_write_time(directory.path("old")), time);
@@ -73,8 +73,8 @@ TEST(Precautions, ARunDoesNotWriteOverWhatItReads) {
   for (const char* name : {"a.cfg", "E_cpu.csv", "r.csv", "f/../a.cfg"}) {
     const std::vector<std::string> outputs = {"none", directory.path("b.csv").string(),
                                               directory.path(name).string()};
-    EXPECT_EXIT(refuse_own_input(input, outputs), testing::ExitedWithCode(255),
-                "a.cfg: the run reads this file and would write .*" + std::string(name));
+    EXPECT_ERROR(refuse_own_input(input, outputs),
+                 "a.cfg: the run reads this file and would write .*" + std::string(name));
   }
   refuse_own_input(input, {directory.path("b.csv").string(), "none"});
   refuse_own_input("/dev/null", {"/dev/null"});  // loses nothing

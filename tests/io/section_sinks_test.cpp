@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "io/observing.h"
+#include "support/errors.h"
 
 namespace {
 
@@ -116,8 +117,7 @@ TEST(Sections, GoOnBehindAnySlice) {
         return make_cross_section_sink(file, Quantity::kField, p, s, volume.grid);
       });
   expect_same([&](const std::string& file) { return make_flux_profile_sink(file, volume.grid); });
-  EXPECT_EXIT(make_flux_profile_sink(a, volume.grid)->go_back_to("bad"),
-              testing::ExitedWithCode(255), "does not fit");
+  EXPECT_ERROR(make_flux_profile_sink(a, volume.grid)->go_back_to("bad"), "does not fit");
 }
 
 TEST(Sections, ThatNeedAVolumeAreNotStreamed) {

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "io/observing.h"
+#include "support/errors.h"
 #include "wpm/lp01.h"
 
 namespace {
@@ -299,16 +300,15 @@ TEST(Monitors, ThatCannotBeAreErrorsWithTheirLine) {
     Monitor m = monitor(MonitorType::kBeam, directory, "t.csv");
     m.y = 0;
     spoil(m);
-    EXPECT_EXIT(make_monitors({m}, grid_of(scene), run), testing::ExitedWithCode(255),
-                std::string("^zerith: error: a.cfg: line 7: .*") + message);
+    EXPECT_ERROR(make_monitors({m}, grid_of(scene), run),
+                 std::string("^a.cfg: line 7: .*") + message);
   }
 #ifndef ZERITH_HAS_HDF5
-  EXPECT_EXIT(monitor_of(scene, monitor(MonitorType::kField, directory, "f.vtkhdf")),
-              testing::ExitedWithCode(255), "line 7: type = field needs HDF5, .*libhdf5-dev");
+  EXPECT_ERROR(monitor_of(scene, monitor(MonitorType::kField, directory, "f.vtkhdf")),
+               "line 7: type = field needs HDF5, .*libhdf5-dev");
 #endif
   const Monitor m = monitor(MonitorType::kBeam, directory, "t.csv");
-  EXPECT_EXIT(make_monitors({m, m}, grid_of(scene), run), testing::ExitedWithCode(255),
-              "another output");
+  EXPECT_ERROR(make_monitors({m, m}, grid_of(scene), run), "another output");
   EXPECT_FALSE(directory.has("t.csv"));
 }
 

@@ -1,10 +1,12 @@
 // What is asked of the device, and what becomes of it when the device says no. The stand-in counts,
 // and fails on demand; no GPU does.
+#include <algorithm>
 #include <string>
 
 #include "kernel/kernel.h"
 #include "kernel/slice_host.h"
 #include "standin.h"
+#include "support/errors.h"
 
 namespace {
 
@@ -91,11 +93,9 @@ TEST(CallsOfAStep, StopsAtTheFirstFailure) {
       }
 }
 
-// What the wrapper's contract leaves unsaid goes to the listener, once a call; the slices stay.
-std::vector<std::string> heard;
-
-TEST(CallsOfTheWrapper, TellsTheListenerWhatFailed) {
-  set_device_listener([](const char* text) { heard.emplace_back(text); });
+// A failure that no return value shows is an error message, one a call; the slices stay.
+TEST(CallsOfTheWrapper, ReportsWhatFailed) {
+  Messages messages;
   const struct {
     Call call;
     const char* doing;
@@ -107,11 +107,11 @@ TEST(CallsOfTheWrapper, TellsTheListenerWhatFailed) {
     const std::vector<cpx> before(3 * 16, cpx(1, 2));
     const DeviceArray<cpx> E(before), N(before), K(before);
     const DeviceArray<double> F(3 * 16), X(4);
-    heard.clear();
+    messages.clear();
     standin::fail_call(call, 1);
     naiveKernelWrapper_3D(E, F, N, K, X, K, X, 1, 1, 1, 1, 2, 4, 4, 4, true, false, true);
-    ASSERT_EQ(heard.size(), 1U) << doing;
-    EXPECT_NE(heard[0].find(doing), std::string::npos) << heard[0];
+    EXPECT_EQ(std::ranges::count(messages.text(), '\n'), 1) << doing;
+    EXPECT_NE(messages.text().find(doing), std::string::npos) << messages.text();
     EXPECT_EQ(cudaGetLastError(), left);
     EXPECT_EQ(E.download(), before) << "nothing is added of a spectrum that isn't there";
   }

@@ -5,6 +5,7 @@
 
 #include "chCommandLine.h"
 #include "chTimer.h"
+#include "support/errors.h"
 
 namespace {
 
@@ -30,8 +31,7 @@ TEST(Options, AreFoundAnywhereOnTheLine) {
       {"-k 16x", 16}, {"-k 4294967298", 2},      {"-k -k 5", 0},
       {"-i -k 5", 5}};
   for (const auto& [line, value] : kLines) EXPECT_EQ(number(line), value) << line;
-  EXPECT_EXIT(number("-k 1 --k"), testing::ExitedWithCode(255),
-              "zerith: error: option --k ends the command line without its value");
+  EXPECT_ERROR(number("-k 1 --k"), "option --k ends the command line without its value");
 }
 
 TEST(Timer, CountsSecondsAndNanoseconds) {

@@ -7,6 +7,7 @@
 #include "main/sweep_plan.h"
 #include "main/sweep_point.h"
 #include "main/sweep_table.h"
+#include "support/errors.h"
 #include "support/process.h"
 
 namespace {
@@ -86,8 +87,7 @@ TEST(SweepPlan, MistakesEndTheProcess) {
       {{"--sweep", "a=1", "--table", ""}, "need a name"},
       {{"--sweep", "a=1", "--jobs"}, "option --jobs ends the command line without its value"},
   };
-  for (const auto& [words, message] : kMistakes)
-    EXPECT_EXIT(plan_of(words), testing::ExitedWithCode(255), message);
+  for (const auto& [words, message] : kMistakes) EXPECT_ERROR(plan_of(words), message);
 }
 
 TEST(SweepTable, GrowsByRowsAndColumnsAndIsReadAgain) {
@@ -126,15 +126,15 @@ TEST(SweepTable, RefusesWhatIsNotItsOwn) {
   const std::string name = directory.path("t.csv").string();
   for (const std::string header : {"b,a,status,message\n", "a,b,status\n", "no newline", "\n"}) {
     directory.write("t.csv", header);
-    EXPECT_EXIT(sweep::Table(name, {"a", "b"}), testing::ExitedWithCode(255),
-                "is not a table of this sweep, whose columns begin a,b");
+    EXPECT_ERROR(sweep::Table(name, {"a", "b"}),
+                 "is not a table of this sweep, whose columns begin a,b");
     EXPECT_EQ(directory.read("t.csv"), header);
   }
-  EXPECT_EXIT(sweep::Table(directory.path("none/t.csv").string(), {"a"}),
-              testing::ExitedWithCode(255), "cannot be written: No such file");
+  EXPECT_ERROR(sweep::Table(directory.path("none/t.csv").string(), {"a"}),
+               "cannot be written: No such file");
   const sweep::Table table(directory.path("u.csv").string(), {"a"});
-  EXPECT_EXIT(sweep::Table(directory.path("u.csv").string(), {"a"}), testing::ExitedWithCode(255),
-              "another sweep writes this table");
+  EXPECT_ERROR(sweep::Table(directory.path("u.csv").string(), {"a"}),
+               "another sweep writes this table");
 }
 
 TEST(SweepPoint, GivesTheLastRowOfEachTableAndTheLastMessage) {

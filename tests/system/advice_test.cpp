@@ -7,16 +7,17 @@
 #include <regex>
 #include <sstream>
 
+#include "support/errors.h"
 #include "support/process.h"
 
 namespace {
 
 std::string advice_on(const std::string& file) {
   Description d;
-  testing::internal::CaptureStderr();
+  const Messages messages;
   read_description(file, {}, d, true);
   advise(d);
-  return testing::internal::GetCapturedStderr();
+  return messages.text();
 }
 
 // 10 x 12 samples of 2 x 3 and 24 slices of 0.5; wavelength 10, index up to 1.5. The waveguide

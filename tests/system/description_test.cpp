@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/errors.h"
 #include "support/process.h"
 
 namespace {
@@ -65,8 +66,7 @@ void expect_refused(const std::vector<Refusal>& refusals) {
     directory.write("a.cfg", refusal.text);
     const std::string name = directory.path("a.cfg").string();
     Description d;
-    EXPECT_EXIT(read_description(name, refusal.overrides, d, true), testing::ExitedWithCode(255),
-                "zerith: error: .*" + refusal.message);
+    EXPECT_ERROR(read_description(name, refusal.overrides, d, true), ".*" + refusal.message);
   }
 }
 

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "painted.h"
+#include "support/errors.h"
 
 namespace {
 
@@ -129,9 +130,9 @@ TEST(IndexFile, SaysWhatIsWrongAndWhere) {
   const std::array<double, 6> sampling = {1e-6, 1e-6, 1e-6, 0, 0, 0};
   write("nan.h5", {2, 1, 2}, {1, 1, 1, std::nan("")}, &sampling);
   const auto paint = [](const std::string& name) { Painted(4, 4, 4, {of_file(name)}); };
-  EXPECT_EXIT(paint("bare.h5"), testing::ExitedWithCode(255), "line 12: bare.h5:/n has no.*dx, dy");
-  EXPECT_EXIT(paint("nan.h5"), testing::ExitedWithCode(255), "not finite, at slice 1");
-  EXPECT_EXIT(paint("none.h5"), testing::ExitedWithCode(255), "no such file");
+  EXPECT_ERROR(paint("bare.h5"), "line 12: bare.h5:/n has no.*dx, dy");
+  EXPECT_ERROR(paint("nan.h5"), "not finite, at slice 1");
+  EXPECT_ERROR(paint("none.h5"), "no such file");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "support/errors.h"
 #include "system/parsing.h"
 
 namespace {
@@ -147,11 +148,10 @@ TEST(Parser, LineHolds79Characters) {
     const Parsed parsed(global(line + end));
     EXPECT_EQ(std::tuple(parsed.so.nx, parsed.so.ny), std::tuple(64, end.size() > 1 ? 3 : 1));
     directory.write("a.cfg", global(' ' + line + end));
-    EXPECT_EXIT(parse_quietly(), testing::ExitedWithCode(255),
-                "a.cfg: line 2: the line has 80 characters or more, .* the limit is 79;");
+    EXPECT_ERROR(parse_quietly(),
+                 "a.cfg: line 2: the line has 80 characters or more, .* the limit is 79;");
   }
-  EXPECT_EXIT(parse("/", &so, nullptr, nullptr, true), testing::ExitedWithCode(255),
-              "zerith: error: /: cannot be read");
+  EXPECT_ERROR(parse("/", &so, nullptr, nullptr, true), "/: cannot be read");
 }
 
 // Values as the C library reads them, and what is lost is said: 2e1 is 2 slices.

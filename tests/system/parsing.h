@@ -5,6 +5,7 @@
 
 #include <sstream>
 
+#include "support/errors.h"
 #include "support/process.h"
 #include "system/system.h"
 
@@ -19,10 +20,10 @@ struct Parsed {
     const std::string name = directory.path("a.cfg").string();
     so.nx = -5;  // parse begins with a reset
     testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
+    const Messages messages;
     parse(name, &so, &layers, &waves, false);
     log = testing::internal::GetCapturedStdout();
-    warnings = testing::internal::GetCapturedStderr();
+    warnings = messages.text();
     EXPECT_EQ(so.sysname, name);
     EXPECT_TRUE(so.updated);
   }
