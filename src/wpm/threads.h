@@ -31,7 +31,7 @@ void share_out(int count, double nanoseconds, Call call, void* context);
 // are done; calls at the same time have different workers in 0..threads()-1. Tasks are handed out
 // one at a time, so a thread that the system takes off its core holds up no more than one.
 // nanoseconds is a guess of all the work: threads join only for what outweighs waking them. The
-// caller works too; the first exception of a task goes on to the caller after all tasks; a call
+// caller works too; the first exception of a task reaches the caller after the others end; a call
 // from within a task is done by its own thread alone.
 template <typename Task>
 void share_out(int count, double nanoseconds, Task&& task) {

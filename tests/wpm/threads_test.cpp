@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstring>
 
+#include "support/errors.h"
 #include "support/scene.h"
 #include "wpm/threads.h"
 
@@ -32,6 +33,26 @@ TEST_F(Threads, DoEveryTaskOnceAndAreDoneWhenTheCallReturns) {
       }
       EXPECT_EQ(strays, 0);
     }
+}
+
+// The caller gets it after all tasks, and the team serves the next call.
+TEST_F(Threads, HandAnExceptionToTheCaller) {
+  for (const int threads : {1, 3}) {
+    wpm::set_threads(threads);
+    for (int call = 0; call < 20; ++call) {
+      std::atomic<int> done = 0;
+      EXPECT_ERROR(wpm::share_out(100, 1e9,
+                                  [&](int index, int) {
+                                    if (index == 5 * call) throw zerith::Error("task");
+                                    ++done;
+                                  }),
+                   "^task$");
+      EXPECT_LE(done, 99);
+      int inside = 0;
+      wpm::share_out(1, 1e9, [&](int, int) { ++inside; });
+      EXPECT_EQ(inside, 1);
+    }
+  }
 }
 
 // Every sum has one order, whatever the threads.
