@@ -36,8 +36,10 @@ bool write_all(int descriptor, const std::string& text) {
 int open_locked(const std::string& name) {
   const int descriptor = open(name.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
   if (descriptor < 0) diagnostics::fail(name + ": cannot be written: " + std::strerror(errno));
-  if (flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+  if (flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+    close(descriptor);
     diagnostics::fail(name + ": another sweep writes this table; name one of its own by --table");
+  }
   return descriptor;
 }
 
@@ -80,8 +82,12 @@ std::string csv_field(const std::string& text) {
   return quoted + '"';
 }
 
-Table::Table(std::string name, std::vector<std::string> keys)
-    : name_(std::move(name)), keys_(std::move(keys)), descriptor_(open_locked(name_)) {
+Table::Table(std::string name, std::vector<std::string> keys, int descriptor)
+    : name_(std::move(name)), keys_(std::move(keys)), descriptor_(descriptor) {}
+
+// The other constructor is done before the table is read, so an error closes the file.
+Table::Table(const std::string& name, std::vector<std::string> keys)
+    : Table(name, std::move(keys), open_locked(name)) {
   std::vector<std::string> bare = keys_;
   bare.insert(bare.end(), {"status", "message"});
   const std::vector<std::string> lines = whole_lines(name_);

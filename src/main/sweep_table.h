@@ -22,7 +22,7 @@ class Table {
  public:
   // Reads an existing file and drops a last line that was cut short. Ends the process with status
   // 255 if the file is another sweep's, cannot be written or belongs to a sweep that still runs.
-  Table(std::string name, std::vector<std::string> keys);
+  Table(const std::string& name, std::vector<std::string> keys);
   ~Table();
   Table(const Table&) = delete;
   Table& operator=(const Table&) = delete;
@@ -40,6 +40,8 @@ class Table {
                          const std::string& message);
 
  private:
+  Table(std::string name, std::vector<std::string> keys, int descriptor);
+
   // Writes the table anew, with these columns and without the rows that are not in points_.
   [[nodiscard]] bool rewrite(const std::vector<std::string>& columns);
   [[nodiscard]] bool append(const std::string& line) const;

@@ -27,14 +27,13 @@ constexpr const char* kBeam = "shape = gaussian\nwaist = 5\namp = 1\n";
 
 constexpr Case kCases[] = {
     {"volumes", 256, 40, kPlane, kFlat, "-p"},
-    {"volumes_of_both", 4, 200000, kPlane, kFlat, "-g"},
     {"slices", 512, 4, kPlane, kFlat, "-p --stream"},
     {"fast_direct", 512, 4, kPlane, kFlat, "-p --fast"},
     {"fast", 480, 6, kBeam, kBall, "-p --fast"},
     {"device", 384, 3, kPlane, kFlat, "-g --stream"},
     {"device_fast", 384, 3, kPlane, kFlat, "-g --fast"},
 #if ZERITH_HAS_HDF5
-    {"index_file", 128, 24, kBeam, "type = file\nfile = in.h5\ndx = 0.4\ndy = 0.3\ndz = 1\n",
+    {"index_file", 64, 24, kBeam, "type = file\nfile = in.h5\ndx = 0.4\ndy = 0.3\ndz = 1\n",
      "-p --fast"},
 #endif
 };
@@ -68,7 +67,7 @@ class Check : public testing::TestWithParam<Case> {
  protected:
   void SetUp() override {
     write(directory_, GetParam());
-    const std::string command = std::string("exec $ZERITH -q -i a.cfg ") + GetParam().options;
+    const std::string command = std::string("exec $ZERITH -i a.cfg ") + GetParam().options;
     check_ = run_shell(directory_, command + " --check");
     run_ = run_shell(directory_, command + " --progress plain");
     ASSERT_EQ(run_.status, 0) << run_.err;
