@@ -32,7 +32,7 @@ void verify(bool is_fast) {
   Scene on_device = cpu;
   cpu.propagate();
   const auto stepper = stepper_of(on_device, is_fast);
-  for (int k = 0; k < 2; ++k) stepper->step(slice_of(on_device, k), slice_of(on_device, k + 1));
+  for (int k = 0; k < 2; ++k) step(*stepper, slice_of(on_device, k), slice_of(on_device, k + 1));
   require_same(cpu, on_device, 1e-5, "device");
 }
 
@@ -40,10 +40,10 @@ void verify(bool is_fast) {
 double step_ms(Scene& scene, bool is_fast, int steps) {
   const auto stepper = stepper_of(scene, is_fast);
   Slice here = slice_of(scene, 0);
-  stepper->step(here, slice_of(scene, 1));
-  here.is_as_made = true;
+  step(*stepper, here, slice_of(scene, 1));
+  here.on_device = true;
   const auto run = [&] {
-    for (int step = 0; step < steps; ++step) stepper->begin(here, slice_of(scene, 1), {});
+    for (int step = 0; step < steps; ++step) stepper->start(here, slice_of(scene, 1), {});
     cudaDeviceSynchronize();
   };
   run();

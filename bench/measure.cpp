@@ -73,7 +73,7 @@ void Steps::operator()() {
       const std::size_t begin = static_cast<std::size_t>(at) * plane;
       return Slice{&scene_.E[begin], &scene_.F[begin], &scene_.N[begin], at};
     };
-    stepper_->step(slice(k), slice(k + 1));
+    error_ = std::max(error_, step(*stepper_, slice(k), slice(k + 1)).error);
   }
 }
 

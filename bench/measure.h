@@ -40,11 +40,12 @@ class Steps {
   void operator()();
   // Makes all slices behind the first dark, as a step wants them.
   void clear();
-  [[nodiscard]] const CpuStepper& stepper() const { return *stepper_; }
+  [[nodiscard]] double error() const { return error_; }  // the largest of the steps
 
  private:
   Scene& scene_;
-  std::unique_ptr<CpuStepper> stepper_;
+  std::unique_ptr<Stepper> stepper_;
+  double error_ = 0;
 };
 
 // A guide of index 1.5 in 1.45 whose radius grows along z, n samples a side, lit by a beam whose

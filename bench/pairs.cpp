@@ -115,7 +115,7 @@ void random() {
   for (const double tolerance : {1e-2, 1e-3, 1e-4, 1e-6}) {
     Scene small = exact;
     small.tolerance = tolerance;
-    const SumCounts counts = small.propagate_by(make_fast_stepper);
+    const PropagationTotals counts = small.propagate_by(make_fast_stepper);
     require_same(exact, small, kSlices * tolerance, "random medium");
     std::printf("%10g %11d of %2d", tolerance, counts.interpolated, kSlices - 1);
     if (counts.interpolated < kSlices - 1) {  // a direct sum of the large scene takes hours
@@ -128,7 +128,7 @@ void random() {
     const Pair pair = compare_prepared([&] { of_many.clear(), of_few.clear(); }, [&] { of_many(); },
                                        [&] { of_few(); }, 3, processor_seconds);
     std::printf(" %10.1f %10.1f %16.2f %14.1g\n", pair.a / (kSlices - 1) * 1e3,
-                pair.b / (few.nz - 1) * 1e3, pair.ratio, of_many.stepper().error_found());
+                pair.b / (few.nz - 1) * 1e3, pair.ratio, of_many.error());
   }
 }
 

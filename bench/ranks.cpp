@@ -62,7 +62,7 @@ constexpr int kRuns = 5;
 // The steps of a scene by a stepper, on the rank's rows.
 class Steps {
  public:
-  Steps(const Scene& scene, CpuStepper& stepper)
+  Steps(const Scene& scene, Stepper& stepper)
       : scene_(scene), stepper_(stepper), rows_(ranks::share(scene.ny)) {
     for (int k = 0; k < kSlices; ++k)
       N_.insert(N_.end(), scene.N.begin() + at(k, rows_.begin), scene.N.begin() + at(k, rows_.end));
@@ -74,7 +74,7 @@ class Steps {
     std::fill(E_.begin(), E_.end(), 0.0);
     std::copy(scene_.E.begin() + at(0, rows_.begin), scene_.E.begin() + at(0, rows_.end),
               E_.begin());
-    for (int k = 0; k < kSlices - 1; ++k) stepper_.step(slice(k), slice(k + 1));
+    for (int k = 0; k < kSlices - 1; ++k) step(stepper_, slice(k), slice(k + 1));
   }
   [[nodiscard]] const cpx* last() const { return E_.data() + plane_ * (kSlices - 1); }
 
@@ -87,7 +87,7 @@ class Steps {
     return {E_.data() + begin, F_.data() + begin, N_.data() + begin};
   }
   const Scene& scene_;
-  CpuStepper& stepper_;
+  Stepper& stepper_;
   ranks::Share rows_;
   std::size_t plane_ = 0;
   std::vector<cpx> E_, N_;

@@ -61,15 +61,20 @@ StepOptions Scene::options() const {
   return {k0, dz, do_evanescent_modes, is_magnetic_field, pol, is_trimmed, tolerance};
 }
 
-SumCounts Scene::propagate_by(StepperMaker make) {
+PropagationTotals Scene::propagate_by(StepperMaker make) {
   const auto slice = static_cast<std::ptrdiff_t>(nx) * ny;
   std::fill(E.begin() + slice, E.end(), 0.0);
   std::fill(F.begin() + slice, F.end(), 0.0);
   const auto stepper = make(grid(), options());
   WholeVolume slices(grid(), E.data(), F.data(), N.data());
-  MarchTimes times;
-  march(grid(), slices, *stepper, {}, {}, {}, kFromTheEntry, times);
-  return stepper->counts();
+  PropagationTotals totals;
+  ::propagate(grid(), slices, *stepper, {}, {}, {}, kFromTheEntry, totals);
+  return totals;
+}
+
+StepResult step(Stepper& stepper, const Slice& from, const Slice& to) {
+  stepper.start(from, to, {.E = true, .F = true});
+  return stepper.wait();
 }
 
 double Scene::flux(int k) const {

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "wpm/march.h"
 #include "wpm/stepper.h"
 #include "wpm/wpm.h"
 
@@ -21,9 +22,9 @@ struct Scene {
   using Propagator = decltype(&zerith_3D);
   // Clears slices 1..nz-1 of E and F and propagates.
   void propagate(Propagator propagator = zerith_3D);
-  // Likewise, a march of the stepper that make returns; says which sums its steps took.
+  // Likewise by the stepper that make returns; what it took.
   using StepperMaker = decltype(&make_fast_stepper);
-  SumCounts propagate_by(StepperMaker make);
+  PropagationTotals propagate_by(StepperMaker make);
 
   [[nodiscard]] Grid grid() const;
   [[nodiscard]] StepOptions options() const;
@@ -45,6 +46,9 @@ struct Scene {
   std::vector<cpx> E, N, KX, KY;
   std::vector<double> F, X, Y;
 };
+
+// One step from start to end, of which all of the slice is requested.
+StepResult step(Stepper& stepper, const Slice& from, const Slice& to);
 
 // How far slice k of b lies from that of a: the largest difference over the largest value of a, and
 // where the field's is. A NaN is infinitely far from everything, darkness differs absolutely.

@@ -44,7 +44,7 @@ shows() {
 
 shows data dataset
 shows system system grid slab mix numbers overrides index_stack description monitor advice stack_plan keys suggest
-shows wpm wpm slice sink march stepper edge screens rolling_pair whole_volume survey axes transfer health progress \
+shows wpm wpm slice byte_stream sink march stepper edge screens rolling_pair whole_volume survey axes transfer health progress \
   threads sampled_field lp01 axis modes pair_runs wisdom_of_ranks batches
 shows kernel kernel device_array
 shows io io

@@ -3,9 +3,9 @@
 #include <cmath>
 
 #include "io/box.h"
-#include "io/marks.h"
 #include "io/monitors.h"
 #include "io/table.h"
+#include "wpm/byte_stream.h"
 
 namespace {
 
@@ -66,19 +66,19 @@ class BeamSink : public Sink {
     table_.file();
     if (box_.has_slice(k)) table_.add_row(row(k, slice));
   }
-  [[nodiscard]] SliceParts looks_at(int k) const override {
+  [[nodiscard]] SliceRequest required(int k) const override {
     if (!box_.has_slice(k)) return {};
     return {true, false, false, true};
   }
   void finish() override { table_.finish(); }
-  Mark mark() override {
-    Mark mark;
-    table_.save(mark);
-    return mark;
+  SinkState save() override {
+    ByteWriter state;
+    table_.save(state);
+    return state.bytes();
   }
-  void go_back_to(const Mark& mark) override {
-    std::string_view rest = mark;
-    table_.go_back_to(rest);
+  void restore(const SinkState& state) override {
+    ByteReader from(state);
+    table_.restore(from);
   }
 
  private:
@@ -119,7 +119,7 @@ std::vector<double> BeamSink::row(int k, const Slice& slice) const {
   const auto columns = static_cast<std::size_t>(grid_.nx);
   const double area = grid_.dx * grid_.dy / (units_.metres * units_.metres);
   Moments moments;
-  double flux = 0, in_circle = 0, peak = -1, peak_x = 0, peak_y = 0;
+  double in_circle = 0, peak = -1, peak_x = 0, peak_y = 0;
   for (int j = 0; j < grid_.ny; ++j) {
     const double y = grid_.y(j) / units_.metres;
     Moments line;  // sums of sums keep more digits
@@ -129,7 +129,6 @@ std::vector<double> BeamSink::row(int k, const Slice& slice) const {
       const double x = grid_.x(i) / units_.metres;
       const double intensity = std::norm(slice.E[sample]);
       line.add(intensity, x, y);
-      if (!slice.flux) flux += slice.F[sample];
       if (radius_ && std::hypot(x - x_, y - y_) <= *radius_) in_circle += intensity;
       if (intensity > peak) {
         peak = intensity;
@@ -144,13 +143,12 @@ std::vector<double> BeamSink::row(int k, const Slice& slice) const {
     moments.xy += line.xy;
     moments.yy += line.yy;
   }
-  if (slice.flux) flux = *slice.flux;
   const Ellipse ellipse = ellipse_of(moments);
   if (!(peak >= 0)) peak = peak_x = peak_y = std::nan("");
   const cpx axis =
       slice.E[static_cast<std::size_t>(axis_y_) * columns + static_cast<std::size_t>(axis_x_)];
   std::vector<double> row = {static_cast<double>(k), grid_.z(k) / units_.metres, moments.sum * area,
-                             flux};
+                             slice.flux};
   if (radius_) row.push_back(in_circle * area);
   row.insert(row.end(), {peak, peak_x, peak_y, ellipse.x, ellipse.y, ellipse.major, ellipse.minor,
                          ellipse.angle, ellipse.minor / ellipse.major, axis.real(), axis.imag(),

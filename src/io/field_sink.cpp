@@ -12,10 +12,10 @@
 #include "io/box.h"
 #include "io/field_file.h"
 #include "io/io.h"
-#include "io/marks.h"
 #include "io/monitors.h"
 #include "io/output_file.h"
 #include "io/units.h"
+#include "wpm/byte_stream.h"
 
 std::int64_t FieldFile::slice_bytes(const FieldArray& array) const {
   return static_cast<std::int64_t>(bytes_per_number) * array.components * sizes[0] * sizes[1];
@@ -164,7 +164,7 @@ class FieldSink : public Sink {
     disk_.write(&written, sizeof written, places_.slices_written);
   }
 
-  [[nodiscard]] SliceParts looks_at(int k) const override {
+  [[nodiscard]] SliceRequest required(int k) const override {
     if (!box_.has_slice(k)) return {};
     const auto has = [this](const bool Monitor::*array) {
       return std::any_of(saved_.begin(), saved_.end(),
@@ -181,25 +181,25 @@ class FieldSink : public Sink {
   }
   void finish() override { disk_.finish(); }
 
-  Mark mark() override {
+  SinkState save() override {
     if (!is_open_) create();
     disk_.save();
-    Mark mark;
-    put(mark, disk_.is_lost());
-    put(mark, places_.slices_written);
-    for (const std::int64_t place : places_.arrays) put(mark, place);
-    return mark;
+    ByteWriter state;
+    state.put(disk_.is_lost());
+    state.put(places_.slices_written);
+    state.put_all(places_.arrays);
+    return state.bytes();
   }
 
-  // What lies beyond the mark is written again in its place.
-  void go_back_to(const Mark& mark) override {
-    std::string_view rest = mark;
+  // What the file has beyond the state is written again in its place.
+  void restore(const SinkState& state) override {
+    ByteReader from(state);
     is_open_ = true;
-    const bool is_lost = take_value<bool>(rest);
-    places_.slices_written = take_value<std::int64_t>(rest);
+    const bool is_lost = from.take<bool>();
+    places_.slices_written = from.take<std::int64_t>();
     std::int64_t end = 0;
     for (const FieldArray& array : file_.arrays) {
-      places_.arrays.push_back(take_value<std::int64_t>(rest));
+      places_.arrays.push_back(from.take<std::int64_t>());
       end = std::max(end, places_.arrays.back() + file_.slice_bytes(array) * file_.sizes[2]);
     }
     if (is_lost) {

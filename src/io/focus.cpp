@@ -6,9 +6,9 @@
 
 #include "diagnostics.h"
 #include "io/box.h"
-#include "io/marks.h"
 #include "io/monitors.h"
 #include "io/table.h"
+#include "wpm/byte_stream.h"
 
 namespace {
 
@@ -81,10 +81,10 @@ class FocusSink : public Sink {
                               {"fwhm_z", units_.length}}) {}
 
   void take(int k, const Slice& slice) override;
-  [[nodiscard]] SliceParts looks_at(int /*k*/) const override { return {true}; }
+  [[nodiscard]] SliceRequest required(int /*k*/) const override { return {true}; }
   void finish() override;
-  Mark mark() override;
-  void go_back_to(const Mark& mark) override;
+  SinkState save() override;
+  void restore(const SinkState& state) override;
 
  private:
   void remember(const Slice& slice);
@@ -192,30 +192,25 @@ void FocusSink::finish() {
   table_.finish();
 }
 
-Mark FocusSink::mark() {
-  Mark mark;
-  table_.save(mark);
-  put(mark, best_);
-  put(mark, along_peak_);
-  put(mark, along_.size());
-  for (const double value : along_) put(mark, value);
-  for (const std::vector<float>& slice : before_)
-    mark.append(reinterpret_cast<const char*>(slice.data()), slice.size() * sizeof(float));
-  return mark;
+SinkState FocusSink::save() {
+  ByteWriter state;
+  table_.save(state);
+  state.put(best_);
+  state.put(along_peak_);
+  state.put(along_.size());
+  state.put_all(along_);
+  for (const std::vector<float>& slice : before_) state.put_all(slice);
+  return state.bytes();
 }
 
-void FocusSink::go_back_to(const Mark& mark) {
-  std::string_view rest = mark;
-  table_.go_back_to(rest);
-  best_ = take_value<Candidate>(rest);
-  along_peak_ = take_value<int>(rest);
-  along_.resize(take_value<std::size_t>(rest));
-  for (double& value : along_) value = take_value<double>(rest);
+void FocusSink::restore(const SinkState& state) {
+  ByteReader from(state);
+  table_.restore(from);
+  best_ = from.take<Candidate>();
+  along_peak_ = from.take<int>();
+  from.take_all(along_, from.take<std::size_t>());
   before_.clear();
-  while (!rest.empty()) {
-    std::vector<float>& slice = before_.emplace_back(box_.samples());
-    for (float& value : slice) value = take_value<float>(rest);
-  }
+  while (!from.is_at_end()) from.take_all(before_.emplace_back(), box_.samples());
 }
 
 }  // namespace

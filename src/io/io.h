@@ -71,7 +71,7 @@ class FluxProfileSink : public Sink {
   // The flux of slice 0, once that is taken.
   [[nodiscard]] virtual double flux0() const = 0;
 };
-std::unique_ptr<FluxProfileSink> make_flux_profile_sink(const std::string& file, const Grid& grid);
+std::unique_ptr<FluxProfileSink> make_flux_profile_sink(const std::string& file);
 
 // --- Monitors
 

@@ -3,17 +3,17 @@
 #include <deque>
 
 #include "io/box.h"
-#include "io/marks.h"
 #include "io/mode_field.h"
 #include "io/monitors.h"
 #include "io/table.h"
+#include "wpm/byte_stream.h"
 
 namespace {
 
-// The slope of a phase over the last stretch of z, by least squares.
+// The slope of a phase over the last length of z, by least squares.
 class Slope {
  public:
-  explicit Slope(double stretch) : stretch_(stretch) {}
+  explicit Slope(double length) : length_(length) {}
 
   // z in m, phase in rad up to whole turns, expected: rad/m, near enough that the phase strays from
   // it by less than half a turn a step.
@@ -24,7 +24,7 @@ class Slope {
       phase = phase0 + expected * (z - z0) + std::remainder(strayed, 2 * M_PI);
     }
     points_.push_back({z, phase});
-    while (points_.size() > 2 && z - points_.front().z > stretch_ * (1 + 1e-9)) points_.pop_front();
+    while (points_.size() > 2 && z - points_.front().z > length_ * (1 + 1e-9)) points_.pop_front();
   }
 
   // rad/m; NaN for fewer than two points.
@@ -40,19 +40,14 @@ class Slope {
     return zp / zz;
   }
 
-  void save(Mark& mark) const {
-    for (const Point& p : points_) put(mark, p);
-  }
-  void go_back_to(std::string_view& rest) {
-    points_.clear();
-    while (!rest.empty()) points_.push_back(take_value<Point>(rest));
-  }
+  void save(ByteWriter& state) const { state.put_all(points_); }
+  void restore(ByteReader& from) { from.take_all(points_); }
 
  private:
   struct Point {
     double z, phase;
   };
-  double stretch_;
+  double length_;
   std::deque<Point> points_;
 };
 
@@ -82,10 +77,10 @@ class OverlapSink : public Sink {
   }
 
   void take(int k, const Slice& slice) override;
-  [[nodiscard]] SliceParts looks_at(int /*k*/) const override { return {true, false, true}; }
+  [[nodiscard]] SliceRequest required(int /*k*/) const override { return {true, false, true}; }
   void finish() override { table_.finish(); }
-  Mark mark() override;
-  void go_back_to(const Mark& mark) override;
+  SinkState save() override;
+  void restore(const SinkState& state) override;
 
  private:
   void find_mode(const Slice& first);
@@ -130,21 +125,20 @@ void OverlapSink::take(int k, const Slice& slice) {
                   slope_.value() / run_.k0});
 }
 
-Mark OverlapSink::mark() {
-  Mark mark;
-  table_.save(mark);
-  put(mark, mode_.size());
-  for (const cpx& value : mode_) put(mark, value);
-  slope_.save(mark);
-  return mark;
+SinkState OverlapSink::save() {
+  ByteWriter state;
+  table_.save(state);
+  state.put(mode_.size());
+  state.put_all(mode_);
+  slope_.save(state);
+  return state.bytes();
 }
 
-void OverlapSink::go_back_to(const Mark& mark) {
-  std::string_view rest = mark;
-  table_.go_back_to(rest);
-  mode_.resize(take_value<std::size_t>(rest));
-  for (cpx& value : mode_) value = take_value<cpx>(rest);
-  slope_.go_back_to(rest);
+void OverlapSink::restore(const SinkState& state) {
+  ByteReader from(state);
+  table_.restore(from);
+  from.take_all(mode_, from.take<std::size_t>());
+  slope_.restore(from);
 }
 
 }  // namespace

@@ -1,7 +1,9 @@
 // Cross-sections and the flux profile of a run that holds a few slices only.
+#include <numeric>
+
 #include "io/io.h"
-#include "io/marks.h"
 #include "io/section_stream.h"
+#include "wpm/byte_stream.h"
 
 bool can_stream(plane p, int s, const Grid& grid) {
   const bool is_along_z = p == XZ || p == ZX || p == YZ || p == ZY;
@@ -28,17 +30,17 @@ class CrossSectionSink : public Sink {
         break;
     }
   }
-  [[nodiscard]] SliceParts looks_at(int k) const override {
+  [[nodiscard]] SliceRequest required(int k) const override {
     if (!stream_.shows(k)) return {};
-    SliceParts parts = stream_.looks_at();
-    parts.E = quantity_ == Quantity::kField;
-    parts.F = quantity_ == Quantity::kFlux;
-    parts.N = quantity_ == Quantity::kIndex;
-    return parts;
+    SliceRequest request = stream_.required();
+    request.E = quantity_ == Quantity::kField;
+    request.F = quantity_ == Quantity::kFlux;
+    request.N = quantity_ == Quantity::kIndex;
+    return request;
   }
   void finish() override { stream_.finish(); }
-  Mark mark() override { return stream_.mark(); }
-  void go_back_to(const Mark& mark) override { stream_.go_back_to(mark); }
+  SinkState save() override { return stream_.save(); }
+  void restore(const SinkState& state) override { stream_.restore(state); }
 
  private:
   SectionStream stream_;
@@ -47,36 +49,32 @@ class CrossSectionSink : public Sink {
 
 class FluxProfileFile : public FluxProfileSink {
  public:
-  FluxProfileFile(std::string name, std::size_t samples)
-      : name_(std::move(name)), samples_(samples) {}
+  explicit FluxProfileFile(std::string name) : name_(std::move(name)) {}
 
   void take(int k, const Slice& slice) override {
-    double flux = 0.0;
-    for (std::size_t i = 0; !slice.flux && i < samples_; ++i) flux += slice.F[i];
-    if (slice.flux) flux = *slice.flux;
     if (k == 0)
-      flux0_ = flux;
+      flux0_ = slice.flux;
     else
       file() << ',';
-    file() << flux / flux0_;
+    file() << slice.flux / flux0_;
   }
-  [[nodiscard]] SliceParts looks_at(int /*k*/) const override {
+  [[nodiscard]] SliceRequest required(int /*k*/) const override {
     return {false, false, false, true};
   }
   void finish() override {
     file() << '\n';
     file_.reset();
   }
-  Mark mark() override {
-    Mark mark;
-    put(mark, file().save());
-    put(mark, flux0_);
-    return mark;
+  SinkState save() override {
+    ByteWriter state;
+    state.put(file().save());
+    state.put(flux0_);
+    return state.bytes();
   }
-  void go_back_to(const Mark& mark) override {
-    std::string_view rest = mark;
-    file_ = std::make_unique<OutputFile>(name_, take_value<std::int64_t>(rest));
-    flux0_ = take_value<double>(rest);
+  void restore(const SinkState& state) override {
+    ByteReader from(state);
+    file_ = std::make_unique<OutputFile>(name_, from.take<std::int64_t>());
+    flux0_ = from.take<double>();
   }
   [[nodiscard]] double flux0() const override { return flux0_; }
 
@@ -90,7 +88,6 @@ class FluxProfileFile : public FluxProfileSink {
   }
 
   std::string name_;
-  std::size_t samples_;
   std::unique_ptr<OutputFile> file_;
   double flux0_ = 0.0;
 };
@@ -110,8 +107,8 @@ std::unique_ptr<Sink> make_cross_section_sink(const std::string& file, Quantity 
   return std::make_unique<CrossSectionSink>(file, quantity, p, s, grid);
 }
 
-std::unique_ptr<FluxProfileSink> make_flux_profile_sink(const std::string& file, const Grid& grid) {
-  return std::make_unique<FluxProfileFile>(file, grid.plane());
+std::unique_ptr<FluxProfileSink> make_flux_profile_sink(const std::string& file) {
+  return std::make_unique<FluxProfileFile>(file);
 }
 
 void store_slices(const std::function<const cpx*(int)>& slice, const Grid& grid,
@@ -125,11 +122,12 @@ void store_slices(const std::function<const double*(int)>& slice, const Grid& gr
 }
 
 double store_flux_profile(const double* F, const Grid& grid, const std::string& file) {
-  FluxProfileFile profile(file, grid.plane());
+  FluxProfileFile profile(file);
   for (int k = 0; k < grid.nz; ++k) {
-    // A sink reads no more of a slice than it shows.
-    double* slice = const_cast<double*>(F) + static_cast<std::size_t>(k) * grid.plane();
-    profile.take(k, {nullptr, slice, nullptr});
+    const double* slice = F + static_cast<std::size_t>(k) * grid.plane();
+    Slice sum{};
+    sum.flux = std::accumulate(slice, slice + grid.plane(), 0.0);
+    profile.take(k, sum);
   }
   profile.finish();
   return profile.flux0();

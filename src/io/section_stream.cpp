@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "io/marks.h"
+#include "wpm/byte_stream.h"
 
 SectionStream::SectionStream(std::string name, plane p, int s, const Grid& grid)
     : name_(std::move(name)),
@@ -25,17 +25,17 @@ bool SectionStream::shows(int k) const {
   return is_row(k - shift_) || (runs_on_ && is_row(k - shift_ - 1));
 }
 
-SliceParts SectionStream::looks_at() const {
-  SliceParts parts;
-  if (is_across_z_) return parts;
+SliceRequest SectionStream::required() const {
+  SliceRequest request;
+  if (is_across_z_) return request;
   if (step_ == 1) {
-    parts.first_row = static_cast<int>(begin_ / side_);
-    parts.end_row = parts.first_row + 1;
+    request.first_row = static_cast<int>(begin_ / side_);
+    request.end_row = request.first_row + 1;
   } else {
-    parts.first_column = static_cast<int>(begin_ % side_);
-    parts.end_column = parts.first_column + 1;
+    request.first_column = static_cast<int>(begin_ % side_);
+    request.end_column = request.first_column + 1;
   }
-  return parts;
+  return request;
 }
 
 void SectionStream::take(int k, const SliceValues& values) {
@@ -101,18 +101,17 @@ void SectionStream::write_row() {
   ++written_;
 }
 
-Mark SectionStream::mark() {
-  Mark mark;
-  put(mark, file().save());
-  put(mark, written_);
-  for (const double value : row_) put(mark, value);
-  return mark;
+SinkState SectionStream::save() {
+  ByteWriter state;
+  state.put(file().save());
+  state.put(written_);
+  state.put_all(row_);
+  return state.bytes();
 }
 
-void SectionStream::go_back_to(const Mark& mark) {
-  std::string_view rest = mark;
-  file_ = std::make_unique<OutputFile>(name_, take_value<std::int64_t>(rest));
-  written_ = take_value<std::int64_t>(rest);
-  row_.clear();
-  while (!rest.empty()) row_.push_back(take_value<double>(rest));
+void SectionStream::restore(const SinkState& state) {
+  ByteReader from(state);
+  file_ = std::make_unique<OutputFile>(name_, from.take<std::int64_t>());
+  written_ = from.take<std::int64_t>();
+  from.take_all(row_);
 }

@@ -33,12 +33,12 @@ class SectionStream {
   // Whether the file shows anything of slice k; the others need not be taken.
   [[nodiscard]] bool shows(int k) const;
   // The rows and columns of a slice that it shows anything of.
-  [[nodiscard]] SliceParts looks_at() const;
+  [[nodiscard]] SliceRequest required() const;
   // Slices come in order.
   void take(int k, const SliceValues& values);
   void finish();
-  Mark mark();
-  void go_back_to(const Mark& mark);
+  SinkState save();
+  void restore(const SinkState& state);
 
  private:
   OutputFile& file();

@@ -1,6 +1,5 @@
 #include "io/table.h"
 
-#include "io/marks.h"
 #include "io/units.h"
 
 OutputFile& Table::file() {
@@ -25,12 +24,12 @@ void Table::add_row(const std::vector<double>& numbers) {
   file() << '\n';
 }
 
-void Table::save(Mark& mark) {
-  put(mark, file().save());
+void Table::save(ByteWriter& state) {
+  state.put(file().save());
 }
 
-void Table::go_back_to(std::string_view& rest) {
-  file_ = std::make_unique<OutputFile>(name_, take_value<std::int64_t>(rest));
+void Table::restore(ByteReader& from) {
+  file_ = std::make_unique<OutputFile>(name_, from.take<std::int64_t>());
 }
 
 TableUnits::TableUnits(const Grid& grid)

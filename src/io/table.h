@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "io/output_file.h"
+#include "wpm/byte_stream.h"
 #include "wpm/sink.h"
 
 struct Column {
@@ -23,9 +24,9 @@ class Table {
   void add_row(const std::vector<double>& numbers);
   void finish() { file_.reset(); }
 
-  // Brings the table to the disk and appends its place to a mark, and back.
-  void save(Mark& mark);
-  void go_back_to(std::string_view& rest);
+  // Brings the table to the disk and writes its length to a state, and back.
+  void save(ByteWriter& state);
+  void restore(ByteReader& from);
 
  private:
   std::string name_;

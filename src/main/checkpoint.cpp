@@ -17,99 +17,53 @@
 #include "main/identity.h"
 #include "ranks/ranks.h"
 #include "wisdom_state.h"
+#include "wpm/byte_stream.h"
 
 namespace {
 
 constexpr const char* kMagic = "zerith checkpoint 1\n";
 
-// Fields one behind another, each text with its length before it.
-class Packer {
- public:
-  template <typename T>
-  void put(const T& value) {
-    bytes_.append(reinterpret_cast<const char*>(&value), sizeof value);
-  }
-  void put_text(const std::string& text) {
-    put(std::uint64_t{text.size()});
-    bytes_ += text;
-  }
-  [[nodiscard]] const std::string& bytes() const { return bytes_; }
-
- private:
-  std::string bytes_;
-};
-
-// The same way back; anything that does not fit leaves it failed.
-class Unpacker {
- public:
-  explicit Unpacker(std::string bytes) : bytes_(std::move(bytes)) {}
-
-  template <typename T>
-  void take(T& value) {
-    if (!has(sizeof value)) return;
-    std::memcpy(&value, bytes_.data() + at_, sizeof value);
-    at_ += sizeof value;
-  }
-  void take_text(std::string& text) {
-    std::uint64_t size = 0;
-    take(size);
-    if (!has(size)) return;
-    text = bytes_.substr(at_, size);
-    at_ += size;
-  }
-  [[nodiscard]] bool is_good() const { return is_good_; }
-  [[nodiscard]] bool is_at_end() const { return is_good_ && at_ == bytes_.size(); }
-
- private:
-  bool has(std::uint64_t count) {
-    is_good_ = is_good_ && count <= bytes_.size() - at_;
-    return is_good_;
-  }
-
-  std::string bytes_;
-  std::size_t at_ = 0;
-  bool is_good_ = true;
-};
-
-std::string field_bytes(const std::vector<cpx>& E) {
-  return {reinterpret_cast<const char*>(E.data()), E.size() * sizeof(cpx)};
-}
-
 std::string packed(const RunState& state) {
-  Packer body;
-  body.put(static_cast<std::int32_t>(state.branch));
+  ByteWriter body;
+  body.put(static_cast<std::int32_t>(state.backend));
   body.put(std::int32_t{state.slice});
   body.put(state.step_seconds);
   body.put(state.taken_by_edge);
-  body.put(std::uint64_t{state.marks.size()});
-  for (const Mark& mark : state.marks) body.put_text(mark);
-  body.put_text(field_bytes(state.E));
+  body.put(std::uint64_t{state.sinks.size()});
+  for (const SinkState& sink : state.sinks) body.put_text(sink);
+  body.put(std::uint64_t{state.E.size() * sizeof(cpx)});
+  body.put_all(state.E);
   body.put_text(state.wisdom);
   body.put_text(state.wisdom_single);
   return body.bytes();
 }
 
-bool unpack(const std::string& body, RunState& state) {
-  Unpacker from(body);
-  std::int32_t branch = 0;
-  std::int32_t slice = 0;
-  std::uint64_t marks = 0;
-  from.take(branch);
-  from.take(slice);
-  from.take(state.step_seconds);
-  from.take(state.taken_by_edge);
-  from.take(marks);
-  state.branch = static_cast<Branch>(branch);
-  state.slice = slice;
-  for (std::uint64_t i = 0; i < marks && from.is_good(); ++i)
-    from.take_text(state.marks.emplace_back());
-  std::string E;
-  from.take_text(E);
-  from.take_text(state.wisdom);
-  from.take_text(state.wisdom_single);
-  state.E.resize(E.size() / sizeof(cpx));
-  std::memcpy(state.E.data(), E.data(), state.E.size() * sizeof(cpx));
-  return from.is_at_end();
+RunState unpacked(std::string_view body) {
+  ByteReader from(body);
+  RunState state;
+  state.backend = static_cast<Backend>(from.take<std::int32_t>());
+  state.slice = from.take<std::int32_t>();
+  state.step_seconds = from.take<double>();
+  state.taken_by_edge = from.take<double>();
+  for (auto sinks = from.take<std::uint64_t>(); sinks > 0; --sinks)
+    state.sinks.emplace_back(from.take_text());
+  from.take_all(state.E, from.take<std::uint64_t>() / sizeof(cpx));
+  state.wisdom = from.take_text();
+  state.wisdom_single = from.take_text();
+  return state;
+}
+
+// The run that a checkpoint is of, and its state if the checkpoint is whole.
+std::pair<std::string, std::optional<RunState>> read(std::string_view text) {
+  try {
+    ByteReader from(text);
+    std::string of_run(from.take_text());
+    const std::string body(from.take_text());
+    if (from.take_text() != hash_of(body) || !from.is_at_end()) return {};
+    return {std::move(of_run), unpacked(body)};
+  } catch (const TooFewBytes&) {
+    return {};
+  }
 }
 
 // All of text, to the disk.
@@ -153,16 +107,8 @@ std::optional<RunState> read_checkpoint(const std::string& file, const std::stri
     diagnostics::fail(file +
                       ": this is no checkpoint of this version; name another file with "
                       "--checkpoint, or remove it to begin anew");
-  Unpacker from(text.substr(magic));
-  std::string of_run;
-  std::string body;
-  std::string sum;
-  from.take_text(of_run);
-  from.take_text(body);
-  from.take_text(sum);
-  RunState state;
-  if (!from.is_at_end() || sum != hash_of(body) || !unpack(body, state))
-    diagnostics::fail(file + ": the checkpoint is damaged; remove it to begin anew");
+  auto [of_run, state] = read(std::string_view(text).substr(magic));
+  if (!state) diagnostics::fail(file + ": the checkpoint is damaged; remove it to begin anew");
   if (of_run != identity)
     diagnostics::fail(file +
                       ": this checkpoint is of another run: the configuration, its input "
@@ -171,7 +117,7 @@ std::optional<RunState> read_checkpoint(const std::string& file, const std::stri
 }
 
 void write_checkpoint(const std::string& file, const std::string& identity, const RunState& state) {
-  Packer all;
+  ByteWriter all;
   const std::string body = packed(state);
   all.put_text(identity);
   all.put_text(body);
@@ -194,21 +140,21 @@ HeldSignals::~HeldSignals() {
   if (signal_that_came != 0 && std::uncaught_exceptions() == 0) std::raise(signal_that_came);
 }
 
-StopWatch::StopWatch(std::string file, std::string identity, double every_seconds, Branch branch,
-                     const Grid& grid, std::span<Sink* const> sinks, const double& step_seconds,
-                     const EdgeMask* edge)
+Checkpointer::Checkpointer(std::string file, std::string identity, double every_seconds,
+                           Backend backend, const Grid& grid, std::span<Sink* const> sinks,
+                           const double& step_seconds, const EdgeMask* edge)
     : file_(std::move(file)),
       identity_(std::move(identity)),
       every_(every_seconds),
-      branch_(branch),
+      backend_(backend),
       grid_(grid),
       sinks_(sinks),
       step_seconds_(step_seconds),
       edge_(edge) {}
 
-void StopWatch::write(int k, const Slice& slice) {
+void Checkpointer::write(int k, const Slice& slice) {
   RunState state;
-  state.branch = branch_;
+  state.backend = backend_;
   state.slice = k;
   state.step_seconds = step_seconds_;
   state.taken_by_edge = edge_ != nullptr ? edge_->taken() : 0.0;
@@ -216,14 +162,14 @@ void StopWatch::write(int k, const Slice& slice) {
   ranks::gather_lines(slice.E, state.E.data(), grid_.ny, {0, grid_.ny},
                       static_cast<std::size_t>(grid_.nx) * sizeof(cpx));
   if (!ranks::is_first()) return;
-  for (Sink* sink : sinks_) state.marks.push_back(sink->mark());
+  for (Sink* sink : sinks_) state.sinks.push_back(sink->save());
   state.wisdom = fftwpp::wisdom_text();
   state.wisdom_single = fftwpp::single_wisdom_text();
   write_checkpoint(file_, identity_, state);
   written_ = std::chrono::steady_clock::now();
 }
 
-bool StopWatch::wants_field(int /*k*/) {
+bool Checkpointer::requires_field(int /*k*/) {
   // What one rank saw of the clock or of a signal, all do.
   const bool is_late = std::chrono::steady_clock::now() - written_ >= every_;
   const int due = ranks::most(2 * signal_that_came + (is_late && ranks::is_first() ? 1 : 0));
@@ -232,12 +178,12 @@ bool StopWatch::wants_field(int /*k*/) {
   return is_due_;
 }
 
-void StopWatch::slice_done(int k, const Slice& slice) {
+void Checkpointer::slice_done(int k, const Slice& slice, const StepResult& /*step*/) {
   if (is_due_) write(k, slice);
   if (signal_ == 0) return;
   if (ranks::is_first()) {
     if (file_.empty())
-      for (Sink* sink : sinks_) sink->mark();  // to the disk
+      for (Sink* sink : sinks_) sink->save();  // to the disk
     diagnostics::progress("");
     diagnostics::error("stopped by a signal behind slice " + std::to_string(k) + " of " +
                        std::to_string(grid_.nz - 1) +

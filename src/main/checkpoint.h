@@ -1,4 +1,4 @@
-// Where a stopped run goes on.
+// Where a stopped run resumes.
 #pragma once
 
 #include <chrono>
@@ -11,18 +11,18 @@
 #include "wpm/march.h"
 
 // Which of a run's two propagations.
-enum class Branch { kDevice, kCpu };
+enum class Backend { kDevice, kCpu };
 
-// A run behind one of its slices.
+// A run after one of its slices.
 struct RunState {
-  Branch branch = Branch::kCpu;
-  int slice = 0;              // the last one that the sinks have
-  double step_seconds = 0;    // spent on steps so far
-  double taken_by_edge = 0;   // light that the absorbing edge has taken, W-like: |E|^2 dx dy
-  std::vector<Mark> marks;    // of the sinks, in order
-  std::vector<cpx> E;         // the slice, [ny][nx]
-  std::string wisdom;         // of FFTW in double precision: a plan that is measured anew may
-  std::string wisdom_single;  //   differ in the last bit
+  Backend backend = Backend::kCpu;
+  int slice = 0;                 // the last one that the sinks have
+  double step_seconds = 0;       // spent on steps so far
+  double taken_by_edge = 0;      // light that the absorbing edge has taken, W-like: |E|^2 dx dy
+  std::vector<SinkState> sinks;  // in order
+  std::vector<cpx> E;            // the slice, [ny][nx]
+  std::string wisdom;            // of FFTW in double precision: a plan that is measured anew may
+  std::string wisdom_single;     //   differ in the last bit
 };
 
 // The state in file, if there is one. A file of another run (identity: a hash of all that the
@@ -43,23 +43,23 @@ class HeldSignals {
   HeldSignals& operator=(const HeldSignals&) = delete;
 };
 
-// Writes checkpoints when they are due, and ends the process behind the slice in which a signal
+// Writes checkpoints when they are due, and ends the process after the slice in which a signal
 // came: with a checkpoint, if the run has one, and with all that the sinks have on the disk.
-class StopWatch : public SliceWatcher {
+class Checkpointer : public SliceObserver {
  public:
-  // file: "" for none. step_seconds: what the march has spent, kept up to date by it.
-  StopWatch(std::string file, std::string identity, double every_seconds, Branch branch,
-            const Grid& grid, std::span<Sink* const> sinks, const double& step_seconds,
-            const EdgeMask* edge);
-  bool wants_field(int k) override;
-  void slice_done(int k, const Slice& slice) override;
+  // file: "" for none. step_seconds: those spent, kept up to date by the propagation.
+  Checkpointer(std::string file, std::string identity, double every_seconds, Backend backend,
+               const Grid& grid, std::span<Sink* const> sinks, const double& step_seconds,
+               const EdgeMask* edge);
+  bool requires_field(int k) override;
+  void slice_done(int k, const Slice& slice, const StepResult& step) override;
 
  private:
   void write(int k, const Slice& slice);
 
   std::string file_, identity_;
   std::chrono::duration<double> every_;
-  Branch branch_;
+  Backend backend_;
   const Grid& grid_;
   std::span<Sink* const> sinks_;
   const double& step_seconds_;

@@ -15,13 +15,13 @@ double propagate_reference(Run& run) {
   const Grid& g = run.grid;
   const wpm::Axes& a = run.axes;
   const struct_sysOptions& so = run.description.so;
-  if (g.plane() > 0) empty_files_of(Branch::kCpu);  // an empty slice has no transform
+  if (g.plane() > 0) empty_files_of(Backend::kCpu);  // an empty slice has no transform
   ChTimer cpuTimer;
   cpuTimer.start();
   zerith_3D(run.E.data(), run.F.data(), run.N.data(), a.KX.data(), a.X.data(), a.KY.data(),
             a.Y.data(), run.k0, g.dz, g.dy, g.dx, g.nz, g.ny, g.nx, so.evanescent, so.hfield, so.p);
   cpuTimer.stop();
-  tell_health(run, run.E.data());
+  check_field(run, run.E.data());
   return 1000.0 * cpuTimer.getTime();
 }
 
@@ -41,8 +41,8 @@ void run_on_cpu(Run& run) {
     planTimer.start();
     const std::unique_ptr<Stepper> stepper = make(run.grid, run.step_options());
     planTimer.stop();
-    const BranchResult result =
-        march_branch(run, Branch::kCpu, *stepper, planTimer.getTime(), run.E.data(), run.F.data());
+    const BackendResult result = propagate_on(run, Backend::kCpu, *stepper, nullptr,
+                                              planTimer.getTime(), run.E.data(), run.F.data());
     run.cpu_ms = result.step_ms;
     flux_of_first = result.flux_of_first;
   } else {
@@ -52,9 +52,9 @@ void run_on_cpu(Run& run) {
   log << std::endl;
 
   if (run.is_streamed)
-    log_first_flux(run, Branch::kCpu, flux_of_first);
+    log_first_flux(run, Backend::kCpu, flux_of_first);
   else
-    store_results_of(run, Branch::kCpu, run.E.data(), run.F.data());
+    store_results_of(run, Backend::kCpu, run.E.data(), run.F.data());
   // A CPU row carries its time under kernel_time; the record is defined so, its kernel and block
   // being the device's where that has run.
   record_row(run, run.cpu_ms, -1.0, -1.0);

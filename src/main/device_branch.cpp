@@ -87,19 +87,19 @@ void run_volumes(Run& run) {
   require_kernel_options(run.options);
   run.kernel_ms = propagate_volumes(run, *device);
   require_no_error();  // of the launches, which return before the device is done
-  empty_files_of(Branch::kDevice);
+  empty_files_of(Backend::kDevice);
   require_success();
   log_timed(log, run.kernel_ms);
   phase(log, "\tCopy data D2H ...\t", [&] { device->download(run); });
   log << std::endl;
-  tell_health(run, reinterpret_cast<const cpx*>(run.h_E.data()));
+  check_field(run, reinterpret_cast<const cpx*>(run.h_E.data()));
 }
 
 // Slice by slice: the device holds planes, and what the volumes' phases do is part of the steps.
 double run_steps(Run& run) {
   const Log& log = run.log;
   cpx* E = nullptr;
-  std::unique_ptr<Stepper> stepper;
+  std::unique_ptr<DeviceStepper> stepper;
   ChTimer planTimer;
   phase(log, "\tMemory allocation ...\t", [&] {
     if (!run.is_streamed) {
@@ -118,8 +118,8 @@ double run_steps(Run& run) {
   log << "\tKernel call ...\t\t" << std::flush;
   require_kernel_options(run.options);
   report_shared_memory_kernel(run.options);
-  const BranchResult result =
-      march_branch(run, Branch::kDevice, *stepper, planTimer.getTime(), E, run.F.data());
+  const BackendResult result = propagate_on(run, Backend::kDevice, *stepper, stepper.get(),
+                                            planTimer.getTime(), E, run.F.data());
   run.kernel_ms = result.step_ms;
   require_success();
   log_timed(log, run.kernel_ms);
@@ -135,16 +135,16 @@ void run_on_device(Run& run) {
     diagnostics::note(
         "the device is the host stand-in: results are the device code's, times are not");
   run.log << "Applying simulation on GPU ..." << std::endl;
-  if (run.resumed && run.resumed->branch == Branch::kCpu) return;  // its files stand
+  if (run.resumed && run.resumed->backend == Backend::kCpu) return;  // its files stand
   double flux_of_first = 0;
   if (needs_march(run) && device_can_step(run.options) && run.grid.voxels() > 0)
     flux_of_first = run_steps(run);
   else
     run_volumes(run);
   if (run.is_streamed)
-    log_first_flux(run, Branch::kDevice, flux_of_first);
+    log_first_flux(run, Backend::kDevice, flux_of_first);
   else
-    store_results_of(run, Branch::kDevice, reinterpret_cast<const cpx*>(run.h_E.data()),
+    store_results_of(run, Backend::kDevice, reinterpret_cast<const cpx*>(run.h_E.data()),
                      run.F.data());
   record_row(run, run.kernel_ms, -1.0, -1.0);
 }

@@ -31,6 +31,20 @@ struct SampledAxis {
   }
 };
 
+StepResult result_of(const device::Survey& survey, device::SliceStepper& stepper) {
+  StepResult result;
+  result.sum = stepper.is_by_transforms() ? Sum::kTransforms : Sum::kDirect;
+  if (!survey.flux && !survey.health && !survey.has_edge) return result;
+  const device::Findings found = stepper.findings();
+  if (survey.flux) result.flux = found.flux;
+  if (survey.has_edge) result.taken = found.taken;
+  if (survey.health)
+    result.state = !found.is_finite ? FieldState::kNotFinite
+                   : found.is_light ? FieldState::kLight
+                                    : FieldState::kDark;
+  return result;
+}
+
 }  // namespace
 
 DeviceStepper::DeviceStepper(const Grid& grid, const StepOptions& options,
@@ -51,77 +65,65 @@ DeviceStepper::DeviceStepper(const Grid& grid, const StepOptions& options,
   require_success();
 }
 
-void DeviceStepper::step(const Slice& from, const Slice& to) {
-  Slice made = to;
-  begin(from, to, {{.E = true, .F = true}});
-  finish(made);
+void DeviceStepper::set_mask(const FieldMask& mask) {
+  if (&mask == mask_) return;
+  mask_ = &mask;
+  const FieldMask::Factors factors = mask.factors();
+  stepper_->set_edge(factors.columns.data(), factors.rows.data());
 }
 
-bool DeviceStepper::adopt(FieldMask& mask) {
-  auto* edge = dynamic_cast<EdgeMask*>(&mask);
-  if (edge == nullptr || !stepper_) return false;
-  edge_ = edge;
-  stepper_->set_edge(edge->factor_x().data(), edge->factor_y().data());
-  require_success();
-  return true;
-}
-
-void DeviceStepper::begin(const Slice& from, const Slice& to, const StepOrder& order) {
+void DeviceStepper::start(const Slice& from, const Slice& to, const SliceRequest& request) {
   if (!stepper_) return;
-  if (!from.is_as_made) stepper_->set_field(on_device(from.E));
+  const Time begin = std::chrono::steady_clock::now();
+  if (!from.on_device) stepper_->set_field(on_device(from.E));
   set_pairs(from, to);
-  made_ = to.E;
-  parts_ = order.parts;
+  if (request.mask != nullptr) set_mask(*request.mask);
+  made_ = to;
+  request_ = request;
   // The direct sum has the bits of whole volumes, whose flux the host adds up in its own order.
-  survey_ = {parts_.flux && stepper_->is_by_transforms(), parts_.health,
-             order.is_masked && edge_ != nullptr};
-  began_ = std::chrono::steady_clock::now();
+  survey_ = {request.flux && stepper_->is_by_transforms(), request.state, request.mask != nullptr};
+  launched_ = std::chrono::steady_clock::now();
   stepper_->step(survey_);
   require_success();
-  begun_ = std::chrono::steady_clock::now();
+  started_ = std::chrono::steady_clock::now();
+  seconds_to_start_ = started_ - begin;
 }
 
-void DeviceStepper::finish(Slice& to) {
-  if (!stepper_) return;
-  const Time asked = std::chrono::steady_clock::now();
-  const device::Rectangle part = {parts_.first_row, parts_.end_row, parts_.first_column,
-                                  parts_.end_column};
-  const bool is_all_F_wanted = parts_.flux && !survey_.flux;
-  stepper_->fetch(parts_.E ? on_device(to.E) : nullptr,
-                  parts_.F && !is_all_F_wanted ? to.F : nullptr, part);
-  if (is_all_F_wanted) stepper_->fetch(nullptr, to.F);
-  if (survey_.flux || survey_.health || survey_.has_edge) tell(stepper_->findings(), to);
-  const std::chrono::duration<double> seconds(stepper_->step_seconds());
+StepResult DeviceStepper::wait() {
+  if (!stepper_) return {};
+  const Time begin = std::chrono::steady_clock::now();
+  const device::Rectangle part = {request_.first_row, request_.end_row, request_.first_column,
+                                  request_.end_column};
+  const bool is_all_F_needed = request_.flux && !survey_.flux;
+  stepper_->fetch(request_.E ? on_device(made_.E) : nullptr,
+                  request_.F && !is_all_F_needed ? made_.F : nullptr, part);
+  if (is_all_F_needed) stepper_->fetch(nullptr, made_.F);
+  StepResult result = result_of(survey_, *stepper_);
+  const std::chrono::duration<double> of_device(stepper_->step_seconds());
   require_success();
-  to.is_as_made = true;
+  // Other work of the host between start and wait is not part of the step.
   const std::chrono::duration<double> between =
-      std::min<std::chrono::duration<double>>(seconds, asked - began_) - (begun_ - began_);
-  seconds_between_ = std::max(0.0, between.count());
+      std::min<std::chrono::duration<double>>(of_device, begin - launched_) -
+      (started_ - launched_);
+  const std::chrono::duration<double> here = std::chrono::steady_clock::now() - begin;
+  result.seconds = seconds_to_start_.count() + std::max(0.0, between.count()) + here.count();
+  return result;
 }
 
-void DeviceStepper::tell(const device::Findings& found, Slice& slice) const {
-  if (survey_.flux) slice.flux = found.flux;
-  if (survey_.has_edge) edge_->add_taken(found.taken);
-  if (survey_.health)
-    slice.health = !found.is_finite ? Health::kNotFinite
-                   : found.is_light ? Health::kLight
-                                    : Health::kDark;
-}
-
-void DeviceStepper::bring_field(const Slice& slice) {
-  if (!stepper_ || !slice.is_as_made) return;
-  if (slice.E == made_)
+void DeviceStepper::fetch_field(const Slice& slice) {
+  if (!stepper_) return;
+  if (slice.E == made_.E)
     stepper_->fetch(on_device(slice.E), nullptr);
   else
     stepper_->fetch_last(on_device(slice.E));
   require_success();
 }
 
-void DeviceStepper::look_ahead(const Slice& from, const Slice& to) {
+void DeviceStepper::prefetch(const Slice& from, const Slice& to) {
   if (!stepper_) return;
   find_pairs(from, to);
-  ahead_from_ = from.N;
-  ahead_to_ = to.N;
+  next_from_ = from.N;
+  next_to_ = to.N;
 }
 
 void DeviceStepper::find_pairs(const Slice& from, const Slice& to) {
@@ -138,15 +140,11 @@ void DeviceStepper::find_pairs(const Slice& from, const Slice& to) {
 }
 
 void DeviceStepper::set_pairs(const Slice& from, const Slice& to) {
-  if (from.N != ahead_from_ || to.N != ahead_to_) find_pairs(from, to);
-  ahead_from_ = ahead_to_ = nullptr;
+  if (from.N != next_from_ || to.N != next_to_) find_pairs(from, to);
+  next_from_ = next_to_ = nullptr;
   if (!are_others_) return;
   are_others_ = false;
   stepper_->set_pairs({static_cast<int>(n_i_.size()), n_i_.data(), n_t_.data(), places_.data()});
-}
-
-const char* DeviceStepper::sum_taken() const {
-  return stepper_ && stepper_->is_by_transforms() ? "transforms" : "direct sum";
 }
 
 void DeviceStepper::require_success() const {

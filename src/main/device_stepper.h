@@ -6,61 +6,53 @@
 #include <vector>
 
 #include "kernel/kernel.h"
-#include "wpm/edge.h"
 #include "wpm/pair_runs.h"
-#include "wpm/slice.h"
+#include "wpm/stepper.h"
 
 // How the device is to step.
 struct DeviceChoice {
-  bool is_fast = false;  // by transforms where pairs of indices are few, else by the direct sum
+  bool is_fast = false;  // by transforms if pairs of indices are few, else by the direct sum
   bool is_TE = true;     // the device knows no third polarization
   int blockSize = 16;
 };
 
-// Steps on the device. The pairs of indices of a step are found and uploaded when its slices belong
-// to another stretch than those of the last step; without stretches, in each step. Who looks ahead
-// has them found while the device is at work. The field is taken from the host unless it is as the
-// device made it.
+// Steps on the device. The pairs of indices of a step are found and uploaded if its slices are of
+// other uniform segments than those of the last step; without segments, in each step. prefetch
+// finds them while the device is at work. The field is uploaded unless the device has it.
 //
 // A failure is reported as the device branch reports one and ends the process with status 255.
-class DeviceStepper : public Stepper {
+class DeviceStepper : public Stepper, public SliceDevice {
  public:
   // The axes are those that init_X and init_F make of grid. On a grid without spacings transforms
   // don't serve, and the direct sum is taken.
   DeviceStepper(const Grid& grid, const StepOptions& options, const DeviceChoice& choice);
 
-  // to is a fresh slice: what its E and F hold is replaced. All of it comes to the host.
-  void step(const Slice& from, const Slice& to) override;
-  // The absorbing edge.
-  bool adopt(FieldMask& mask) override;
-  // A step of which no part is wanted need not be finished, and does not wait for the device.
-  void begin(const Slice& from, const Slice& to, const StepOrder& order) override;
-  void finish(Slice& to) override;
-  void look_ahead(const Slice& from, const Slice& to) override;
-  [[nodiscard]] bool is_elsewhere() const override { return true; }
-  [[nodiscard]] double seconds_between() const override { return seconds_between_; }
-  void bring_field(const Slice& slice) override;
-  [[nodiscard]] const char* sum_taken() const override;
+  // Returns before the step is done. A step of which nothing is requested needs no wait.
+  void start(const Slice& from, const Slice& to, const SliceRequest& request) override;
+  StepResult wait() override;
+
+  void fetch_field(const Slice& slice) override;
+  void prefetch(const Slice& from, const Slice& to) override;
 
  private:
   using Time = std::chrono::steady_clock::time_point;
 
-  void tell(const device::Findings& found, Slice& slice) const;
+  void set_mask(const FieldMask& mask);
   void find_pairs(const Slice& from, const Slice& to);
   void set_pairs(const Slice& from, const Slice& to);
   void require_success() const;
 
   std::size_t samples_;
   std::optional<device::SliceStepper> stepper_;  // none for a slice without samples
-  const cpx* made_ = nullptr;                    // E of the slice that it has made, or is making
-  SliceParts parts_;                             // wanted of it
+  Slice made_{};                                 // the slice that it has made, or is making
+  SliceRequest request_;                         // of it
   device::Survey survey_;
-  EdgeMask* edge_ = nullptr;
-  Time began_, begun_;  // when it was launched, and begin returned
-  double seconds_between_ = 0;
+  const FieldMask* mask_ = nullptr;  // of which the device has the factors
+  Time launched_, started_;          // when the step was launched, and start returned
+  std::chrono::duration<double> seconds_to_start_{};
   wpm::PairRuns runs_;
-  bool are_others_ = false;                                // pairs than the device has: these
-  std::vector<double2> n_i_, n_t_;                         // [pair]
-  std::vector<std::uint32_t> places_;                      // [sample]: which pair
-  const cpx *ahead_from_ = nullptr, *ahead_to_ = nullptr;  // indices whose pairs are found already
+  bool are_others_ = false;                              // pairs than the device has: these
+  std::vector<double2> n_i_, n_t_;                       // [pair]
+  std::vector<std::uint32_t> places_;                    // [sample]: which pair
+  const cpx *next_from_ = nullptr, *next_to_ = nullptr;  // indices whose pairs are found already
 };

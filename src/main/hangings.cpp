@@ -7,6 +7,7 @@
 #include "diagnostics.h"
 #include "main/stages.h"
 #include "ranks/ranks.h"
+#include "wpm/byte_stream.h"
 #include "wpm/sampled_field.h"
 
 namespace {
@@ -44,7 +45,7 @@ RunContext context_of(const Run& run) {
 
 }  // namespace
 
-void make_hangings(Run& run) {
+void make_masks_and_monitors(Run& run) {
   const Description& d = run.description;
   if (!run.stack->screens().empty())
     run.screens =
@@ -61,10 +62,10 @@ void make_hangings(Run& run) {
 }
 
 // Screens before the edge, which takes from what they leave.
-Hangings::Hangings(Run& run, Branch branch) {
-  if (run.is_streamed && ranks::is_first()) add_files(run, branch);
+RunOutputs::RunOutputs(Run& run, Backend backend) {
+  if (run.is_streamed && ranks::is_first()) add_files(run, backend);
   for (const std::unique_ptr<Sink>& file : files_) sinks_.push_back(file.get());
-  if (branch == Branch::kCpu || !run.options.is_cpu)
+  if (backend == Backend::kCpu || !run.options.is_cpu)
     for (const std::unique_ptr<Sink>& monitor : run.monitors) sinks_.push_back(monitor.get());
   if (run.screens != nullptr) masks_.push_back(run.screens.get());
   if (run.edge == nullptr) return;
@@ -72,23 +73,27 @@ Hangings::Hangings(Run& run, Branch branch) {
   masks_.push_back(run.edge.get());
 }
 
-void Hangings::add_files(const Run& run, Branch branch) {
-  const BranchFiles& names = files_of(branch);
+void RunOutputs::add_files(const Run& run, Backend backend) {
+  const BackendFiles& names = files_of(backend);
   const Options& o = run.options;
   files_.push_back(make_cross_section_sink(names.E, Quantity::kField, o.p, o.layer, run.grid));
   files_.push_back(make_cross_section_sink(names.F, Quantity::kFlux, o.p, o.layer, run.grid));
-  auto profile = make_flux_profile_sink(names.profile, run.grid);
+  auto profile = make_flux_profile_sink(names.profile);
   profile_ = profile.get();
   files_.push_back(std::move(profile));
 }
 
-double Hangings::flux_of_first() const {
+double RunOutputs::flux_of_first() const {
   return profile_ != nullptr ? profile_->flux0() : 0.0;
 }
 
-void Hangings::go_back_to(Run& run, const RunState& state) {
-  if (state.marks.size() != sinks_.size())
+void RunOutputs::restore(Run& run, const RunState& state) {
+  if (state.sinks.size() != sinks_.size())
     diagnostics::fail("the checkpoint is of a run with other outputs; remove it to begin anew");
-  for (std::size_t i = 0; i < sinks_.size(); ++i) sinks_[i]->go_back_to(state.marks[i]);
+  try {
+    for (std::size_t i = 0; i < sinks_.size(); ++i) sinks_[i]->restore(state.sinks[i]);
+  } catch (const TooFewBytes& error) {
+    diagnostics::fail(std::string(error.what()) + "; remove it to begin anew");
+  }
   if (run.edge != nullptr) run.edge->set_taken(state.taken_by_edge);
 }

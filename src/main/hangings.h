@@ -1,4 +1,4 @@
-// All that hangs on a march: where its slices go, and what is laid over them.
+// Where the slices of a run go, and the masks that are applied to them.
 #pragma once
 
 #include <memory>
@@ -8,25 +8,25 @@
 #include "main/branch.h"
 
 // Makes the masks and monitors of a run. What is wrong with one ends the process with its line.
-void make_hangings(Run& run);
+void make_masks_and_monitors(Run& run);
 
-// Those of one branch.
-class Hangings {
+// Those of one backend.
+class RunOutputs {
  public:
-  // Takes the run's masks, and its monitors where they get this branch's slices: the CPU's where
+  // Takes the run's masks, and its monitors if they get this backend's slices: the CPU's if
   // both run. A streamed run's files are among the sinks.
-  Hangings(Run& run, Branch branch);
+  RunOutputs(Run& run, Backend backend);
 
   [[nodiscard]] const std::vector<Sink*>& sinks() const { return sinks_; }
   [[nodiscard]] const std::vector<FieldMask*>& masks() const { return masks_; }
 
-  // Flux of the first slice, where the profile is written on the way; else 0.
+  // Flux of the first slice if the profile is written on the way; else 0.
   [[nodiscard]] double flux_of_first() const;
 
-  void go_back_to(Run& run, const RunState& state);
+  void restore(Run& run, const RunState& state);
 
  private:
-  void add_files(const Run& run, Branch branch);
+  void add_files(const Run& run, Backend backend);
 
   std::vector<std::unique_ptr<Sink>> files_;
   std::vector<Sink*> sinks_;

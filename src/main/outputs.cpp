@@ -19,14 +19,14 @@ struct Outputs {
 
   explicit Outputs(const Run& run) {
     const Options& options = run.options;
-    if (options.is_gpu) add_results(Branch::kDevice);
-    if (options.is_cpu) add_results(Branch::kCpu);
+    if (options.is_gpu) add_results(Backend::kDevice);
+    if (options.is_cpu) add_results(Backend::kCpu);
     if (options.is_store && !options.record.empty() && !results.empty())
       record.push_back(options.record);
   }
 
-  void add_results(Branch branch) {
-    const BranchFiles& files = files_of(branch);
+  void add_results(Backend backend) {
+    const BackendFiles& files = files_of(backend);
     results.insert(results.end(), {files.E, files.F, files.profile});
   }
 
@@ -69,7 +69,7 @@ std::vector<std::string> outputs_of(const Run& run) {
 }
 
 void look_ahead(Run& run) {
-  make_hangings(run);
+  make_masks_and_monitors(run);
   if (!ranks::is_first()) return;
   warn_of_plane(run);
   for (const std::string& name : Outputs(run).all()) warn_if_unwritable(name);

@@ -5,24 +5,23 @@
 
 #include "wpm/march.h"
 
-class ProgressLine : public SliceWatcher {
+class ProgressLine : public SliceObserver {
  public:
   // is_plain: a line a minute, where no terminal is either.
-  ProgressLine(const Grid& grid, const Stepper& stepper, bool is_plain);
+  ProgressLine(const Grid& grid, bool is_plain);
   ~ProgressLine() override;
   ProgressLine(const ProgressLine&) = delete;
   ProgressLine& operator=(const ProgressLine&) = delete;
 
-  void slice_done(int k, const Slice& slice) override;
+  void slice_done(int k, const Slice& slice, const StepResult& step) override;
 
  private:
   using Clock = std::chrono::steady_clock;
 
-  [[nodiscard]] std::string text(int k, double seconds) const;
+  [[nodiscard]] std::string text(int k, double seconds, Sum sum) const;
 
   int slices_;
   double voxels_per_slice_;
-  const Stepper& stepper_;
   bool is_plain_;
   int first_ = -1;
   bool is_shown_ = false;

@@ -64,11 +64,11 @@ std::vector<double> my_rows(const Run& run, const double* slice) {
 }
 
 GatheringSink::GatheringSink(const Run& run, std::vector<Sink*> sinks)
-    : grid_(run.grid), samples_(plane_of(run.grid, run.window)), sinks_(std::move(sinks)) {}
+    : grid_(run.grid), sinks_(std::move(sinks)) {}
 
 // Of all sinks together, known to all ranks.
-SliceParts GatheringSink::wanted(int k) const {
-  SliceParts all = looked_at(sinks_, k, grid_);
+SliceRequest GatheringSink::request(int k) const {
+  SliceRequest all = required_by(sinks_, k, grid_);
   const std::string bytes =
       ranks::from_first(std::string(reinterpret_cast<const char*>(&all), sizeof all));
   std::memcpy(&all, bytes.data(), sizeof all);
@@ -76,25 +76,21 @@ SliceParts GatheringSink::wanted(int k) const {
 }
 
 template <typename T>
-void GatheringSink::gather(const T* own, const SliceParts& parts, std::vector<T>& whole) const {
+void GatheringSink::gather(const T* own, const SliceRequest& request, std::vector<T>& whole) const {
   if (ranks::is_first()) whole.resize(grid_.plane());
   const std::size_t first =
-      static_cast<std::size_t>(parts.first_row) * static_cast<std::size_t>(grid_.nx);
+      static_cast<std::size_t>(request.first_row) * static_cast<std::size_t>(grid_.nx);
   ranks::gather_lines(own, ranks::is_first() ? whole.data() + first : nullptr, grid_.ny,
-                      {parts.first_row, parts.end_row}, row_bytes<T>(grid_));
+                      {request.first_row, request.end_row}, row_bytes<T>(grid_));
 }
 
 void GatheringSink::take(int k, const Slice& own) {
-  const SliceParts parts = wanted(k);
-  double flux = own.flux.value_or(0.0);
-  for (std::size_t s = 0; parts.flux && !own.flux && s < samples_; ++s) flux += own.F[s];
-  if (parts.flux) flux = ranks::sum(flux);
-  if (parts.E) gather(own.E, parts, E_);
-  if (parts.F) gather(own.F, parts, F_);
-  if (parts.N) gather(own.N, parts, N_);
-  for (Sink* sink : sinks_)
-    sink->take(k, {E_.data(), F_.data(), N_.data(), own.stretch,
-                   parts.flux ? std::optional(flux) : std::nullopt});
+  const SliceRequest needed = request(k);
+  const double flux = needed.flux ? ranks::sum(own.flux) : 0.0;
+  if (needed.E) gather(own.E, needed, E_);
+  if (needed.F) gather(own.F, needed, F_);
+  if (needed.N) gather(own.N, needed, N_);
+  for (Sink* sink : sinks_) sink->take(k, {E_.data(), F_.data(), N_.data(), own.segment, flux});
 }
 
 void GatheringSink::finish() {

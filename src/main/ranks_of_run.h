@@ -15,24 +15,23 @@ void share_resumed(Run& run);
 std::vector<cpx> my_rows(const Run& run, const cpx* slice);
 std::vector<double> my_rows(const Run& run, const double* slice);
 
-// A sink on every rank before those of the first: brings together for them what they look at of a
-// slice. What nobody looks at stays where it is.
+// A sink on every rank before those of the first: brings together for them what they require of a
+// slice. What nobody requires stays on its rank.
 class GatheringSink : public Sink {
  public:
   // sinks: the first rank's, which outlive this one; none on the others.
   GatheringSink(const Run& run, std::vector<Sink*> sinks);
   void take(int k, const Slice& own) override;
   void finish() override;
-  Mark mark() override { return {}; }  // the sinks behind have theirs
-  void go_back_to(const Mark& /*mark*/) override {}
+  SinkState save() override { return {}; }  // the first rank's sinks have theirs
+  void restore(const SinkState& /*state*/) override {}
 
  private:
-  [[nodiscard]] SliceParts wanted(int k) const;
+  [[nodiscard]] SliceRequest request(int k) const;
   template <typename T>
-  void gather(const T* own, const SliceParts& parts, std::vector<T>& whole) const;
+  void gather(const T* own, const SliceRequest& request, std::vector<T>& whole) const;
 
   const Grid grid_;
-  std::size_t samples_;  // of the rank's own rows
   std::vector<Sink*> sinks_;
   std::vector<cpx> E_, N_;  // on the first rank, where they were wanted
   std::vector<double> F_;

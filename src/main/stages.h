@@ -24,7 +24,7 @@ void build_scene(Run& run);
 // The files that the run writes, but for monitors.
 std::vector<std::string> outputs_of(const Run& run);
 
-// Makes what hangs on the march; warns of results that could not be written and of planes that lie
+// Makes masks and monitors; warns of results that could not be written and of planes that lie
 // outside.
 void look_ahead(Run& run);
 
@@ -62,7 +62,7 @@ void printHelp(const char* argv);
 void log_timed(const Log& log, double milliseconds);
 
 // Warns of a field, [nz][ny][nx], that has become zero or not finite on the way.
-void tell_health(const Run& run, const cpx* E);
+void check_field(const Run& run, const cpx* E);
 
 // A row of the run record, if one is asked for.
 void record_row(const Run& run, double kernel_ms, double cpu_ms, double error);

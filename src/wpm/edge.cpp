@@ -18,7 +18,7 @@ double integral_of_rise() {
 
 // Factors of the n samples of an axis. The sides lie half an extent from the middle, where the
 // periodic domain joins itself.
-std::vector<double> factors(int n, double spacing, double dz, double width, double wavelength) {
+std::vector<double> factors_of(int n, double spacing, double dz, double width, double wavelength) {
   std::vector<double> factor(static_cast<std::size_t>(std::max(n, 0)), 1.0);
   if (n <= 1) return factor;
   const int middle = n / 2;
@@ -48,8 +48,8 @@ EdgeMask::EdgeMask(const Grid& grid, double width, double wavelength)
     : EdgeMask(grid, Window::whole(grid), width, wavelength) {}
 
 EdgeMask::EdgeMask(const Grid& grid, const Window& window, double width, double wavelength)
-    : factor_x_(factors(grid.nx, grid.dx, grid.dz, width, wavelength)),
-      factor_y_(factors(grid.ny, grid.dy, grid.dz, width, wavelength)),
+    : factor_x_(factors_of(grid.nx, grid.dx, grid.dz, width, wavelength)),
+      factor_y_(factors_of(grid.ny, grid.dy, grid.dz, width, wavelength)),
       area_(grid.dx * grid.dy) {
   if (!fits(grid.nx, grid.dx, width) || !fits(grid.ny, grid.dy, width))
     diagnostics::fail("edge is wider than half the domain; make it smaller, or x and y larger");

@@ -40,11 +40,8 @@ class EdgeMask : public FieldMask {
   // Goes on from a checkpoint.
   void set_taken(double taken) { taken_ = taken; }
 
-  // For who multiplies a slice himself, by factor_x()[i] factor_y()[j] at sample [j][i], and has
-  // taken that sum of |E|^2 from its samples.
-  [[nodiscard]] const std::vector<double>& factor_x() const { return factor_x_; }
-  [[nodiscard]] const std::vector<double>& factor_y() const { return factor_y_; }
-  void add_taken(double sum) { taken_ += sum * area_; }
+  [[nodiscard]] Factors factors() const override { return {factor_x_, factor_y_}; }
+  void add_taken(double sum) override { taken_ += sum * area_; }
 
  private:
   std::vector<double> factor_x_, factor_y_;  // of the amplitude, for one step

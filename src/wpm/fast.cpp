@@ -8,20 +8,20 @@
 #include "ranks/ranks.h"
 #include "wpm/axes.h"
 #include "wpm/cost.h"
+#include "wpm/host_stepper.h"
 #include "wpm/loops.h"
 #include "wpm/many_pairs.h"
 #include "wpm/pace.h"
 #include "wpm/pair_runs.h"
 #include "wpm/plane_sums.h"
 #include "wpm/spectrum.h"
-#include "wpm/stepper.h"
 #include "wpm/superposition.h"
 #include "wpm/threads.h"
 
 namespace wpm {
 namespace {
 
-class FastStepper : public CpuStepper {
+class FastStepper : public HostStepper {
  public:
   FastStepper(const Grid& grid, const StepOptions& options)
       : grid_(grid),
@@ -40,7 +40,8 @@ class FastStepper : public CpuStepper {
           grid, options, x_, y_, FoldedFrequencies(x_, y_, axes_.KX.data(), axes_.KY.data()));
   }
 
-  void step(const Slice& from, const Slice& to) override {
+ private:
+  StepResult step(const Slice& from, const Slice& to) override {
     const auto begin = std::chrono::steady_clock::now();
     workspaces(std::max(grid_.nx, grid_.ny));
     runs_.find(from, to);
@@ -50,47 +51,30 @@ class FastStepper : public CpuStepper {
     Pace& pace = missing > 0 ? pace_of_new_ : pace_;
     pace.next(1 + pairs + 2 * missing);
     const ThreadLimit limit(pace.threads());
-    flux_.reset();
-    sum(from, to);
+    const StepResult result = sum(from, to);
     pace.took(std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
+    return result;
   }
 
-  // Of the rank's own rows. The flux has the bits of F added up sample by sample, as it is of
-  // slices of which F is all there is. Sums of tame plane waves are finite.
-  void finish(Slice& to) override {
-    to.flux = flux_;
-    to.health.reset();
-    if (flux_)
-      to.health = std::all_of(to.E, to.E + rows_.size() * std::ptrdiff_t{grid_.nx},
-                              [](const cpx& e) { return e == 0.0; })
-                      ? Health::kDark
-                      : Health::kLight;
-  }
-
-  [[nodiscard]] const char* sum_taken() const override { return taken_; }
-  [[nodiscard]] SumCounts counts() const override { return counts_; }
-  [[nodiscard]] double error_found() const override {
-    return many_ == nullptr ? 0.0 : many_->error_found();
-  }
-
- private:
-  void sum(const Slice& from, const Slice& to) {
+  StepResult sum(const Slice& from, const Slice& to) {
     spectrum_.take(from.E);
-    if (!spectrum_.is_tame()) {
-      sum_directly(from, to);
-    } else if (many_ != nullptr && many_->serve(from, runs_, spectrum_, transfers_) &&
-               transforms_are_cheaper(many_->functions())) {
+    if (!spectrum_.is_tame()) return {.sum = sum_directly(from, to)};
+    if (many_ != nullptr && many_->serve(from, runs_, spectrum_, transfers_) &&
+        transforms_are_cheaper(many_->functions())) {
       many_->sum(to, runs_, spectrum_, transfers_, sums_);
-      taken_ = "transforms, pairs interpolated";
-      ++counts_.interpolated;
-    } else if (transforms_are_cheaper(runs_.pairs()) &&
-               ranks::all(transfers_.are_tame(runs_.pairs()))) {
-      sum_by_transforms(to);
-      taken_ = "transforms";
-      ++counts_.transforms;
-    } else {
-      sum_directly(from, to);
+      return {.sum = Sum::kInterpolated, .error = many_->error_found()};
     }
+    if (transforms_are_cheaper(runs_.pairs()) && ranks::all(transfers_.are_tame(runs_.pairs()))) {
+      // Of the rank's own rows. The flux has the bits of F added up sample by sample. Sums of tame
+      // plane waves are finite.
+      const double flux = sum_by_transforms(to);
+      const bool is_dark = std::all_of(to.E, to.E + rows_.size() * std::ptrdiff_t{grid_.nx},
+                                       [](const cpx& e) { return e == 0.0; });
+      return {.sum = Sum::kTransforms,
+              .flux = flux,
+              .state = is_dark ? FieldState::kDark : FieldState::kLight};
+    }
+    return {.sum = sum_directly(from, to)};
   }
 
   // One for each thread that there is now.
@@ -108,7 +92,8 @@ class FastStepper : public CpuStepper {
          static_cast<double>(ranks::most(static_cast<int>(transfers_.begin(pairs))))});
   }
 
-  void sum_by_transforms(const Slice& to) {
+  // The sum of the flux.
+  double sum_by_transforms(const Slice& to) {
     const auto pairs = static_cast<std::uint32_t>(runs_.pairs().size());
     const auto batch = static_cast<std::uint32_t>(sums_.batch());
     flux_of_pairs_.resize(pairs);
@@ -122,7 +107,7 @@ class FastStepper : public CpuStepper {
               place(group, pair, static_cast<int>(pair - first), flux_of_pairs_[pair], rows, to);
           });
     }
-    flux_ = runs_.sum_of(flux_of_pairs_);
+    return runs_.sum_of(flux_of_pairs_);
   }
 
   // Adds the sum of a pair to its samples in eight rows.
@@ -143,7 +128,7 @@ class FastStepper : public CpuStepper {
     }
   }
 
-  void sum_directly(const Slice& from, const Slice& to) {
+  Sum sum_directly(const Slice& from, const Slice& to) {
     if (forward_ == nullptr) forward_ = std::make_unique<Spectrum>(grid_.ny, grid_.nx);
     std::vector<PlaneWave> waves =
         plane_waves(forward_->of(from.E), axes_.KX.data(), axes_.KY.data(), grid_.ny, grid_.nx);
@@ -151,8 +136,7 @@ class FastStepper : public CpuStepper {
     superpose(waves, options_,
               {to.E, to.F, from.N, to.N, axes_.X.data(), axes_.Y.data() + rows_.begin, rows_.size(),
                grid_.nx});
-    taken_ = is_known ? "NaN everywhere" : "direct sum";
-    ++(is_known ? counts_.known : counts_.direct);
+    return is_known ? Sum::kKnown : Sum::kDirect;
   }
 
   Grid grid_;
@@ -168,18 +152,13 @@ class FastStepper : public CpuStepper {
   std::unique_ptr<ManyPairs> many_;    // where a tolerance allows for it
   std::unique_ptr<Spectrum> forward_;  // of the direct sum
   Pace pace_{threads()}, pace_of_new_{threads()};
-  const char* taken_ = "transforms";
-  SumCounts counts_;
-
-  // Of the last step, where transforms made it.
-  std::vector<double> flux_of_pairs_;
-  std::optional<double> flux_;
+  std::vector<double> flux_of_pairs_;  // of the last step
 };
 
 }  // namespace
 }  // namespace wpm
 
-std::unique_ptr<CpuStepper> make_fast_stepper(const Grid& grid, const StepOptions& options) {
+std::unique_ptr<Stepper> make_fast_stepper(const Grid& grid, const StepOptions& options) {
   const wpm::Axes axes(grid);
   if (wpm::is_regular(axes.KX.data(), axes.X.data(), grid.nx) &&
       wpm::is_regular(axes.KY.data(), axes.Y.data(), grid.ny))

@@ -1,34 +1,28 @@
-// Whether a field is still light: neither zero everywhere nor infinite nor NaN.
+// Whether a field is light still: neither zero everywhere nor infinite nor NaN.
 #pragma once
 
 #include <string>
 
 #include "wpm/march.h"
 
-// Of count samples from E on. A zero everywhere is dark; one sample that is not finite decides.
-Health health_of(const cpx* E, std::size_t count);
+// Of count samples from E on. Zero everywhere is dark; one sample that is not finite decides.
+FieldState field_state(const cpx* E, std::size_t count);
 
-// Watches a run and keeps the first slice that is ill behind one that is well. A run that begins
-// ill is not its business.
-class HealthWatch : public SliceWatcher {
+// Finds the first slice of a run whose field is lost after one that is light. A run that begins
+// without light is not its business.
+class FieldCheck : public SliceObserver {
  public:
-  explicit HealthWatch(const Grid& grid) : HealthWatch(grid.plane()) {}
-  // Of slices of so many samples: where ranks have windows of a slice, all ranks watch together.
-  explicit HealthWatch(std::size_t samples) : samples_(samples) {}
-  void slice_done(int k, const Slice& slice) override;
-  void look_at(int k, const cpx* E);
+  explicit FieldCheck(const Grid& grid) : FieldCheck(grid.plane()) {}
+  // Of slices of so many samples: if ranks have windows of a slice, all ranks check together.
+  explicit FieldCheck(std::size_t samples) : samples_(samples) {}
+  void slice_done(int k, const Slice& slice, const StepResult& step) override;
 
-  // "", or what a user should hear: "the field is zero from slice 12 on".
+  // "", or the warning: "the field is zero from slice 12 on".
   [[nodiscard]] std::string verdict() const;
 
  private:
-  [[nodiscard]] bool is_decided() const {
-    return found_ != Health::kLight || first_ != Health::kLight;
-  }
-  void judge(int k, Health health);
-
   std::size_t samples_;
-  Health first_ = Health::kLight;
-  Health found_ = Health::kLight;
-  int where_ = 0;
+  FieldState first_ = FieldState::kLight;
+  FieldState found_ = FieldState::kLight;
+  int found_at_ = 0;
 };

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
-#include <vector>
+#include <numeric>
 
 namespace {
 
@@ -14,126 +14,145 @@ void timed(double& seconds, Work work) {
   seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
-class March {
+class Propagation {
  public:
-  March(const Grid& grid, Slices& slices, Stepper& stepper, std::span<FieldMask* const> masks,
-        std::span<Sink* const> sinks, std::span<SliceWatcher* const> watchers, MarchTimes& times)
+  Propagation(const Grid& grid, Slices& slices, Stepper& stepper, std::span<FieldMask* const> masks,
+              std::span<Sink* const> sinks, std::span<SliceObserver* const> observers,
+              PropagationTotals& totals)
       : grid_(grid),
         slices_(slices),
         stepper_(stepper),
         masks_(masks),
         sinks_(sinks),
-        watchers_(watchers),
-        times_(times) {
-    for (FieldMask* mask : masks)
-      if (!stepper.adopt(*mask)) laid_here_.push_back(mask);
-  }
+        observers_(observers),
+        totals_(totals) {}
 
-  void run(int behind);
+  void run(int after);
 
  private:
-  [[nodiscard]] Slice paint(int k);
-  [[nodiscard]] StepOrder order_of(int k) const;
-  [[nodiscard]] bool is_masked_there(int k) const;
-  void mask(int k, Slice& slice);
-  void hand_over(int k, const Slice& slice);
+  void paint(int k);
+  [[nodiscard]] bool is_masked(int k) const;
+  [[nodiscard]] FieldMask* mask_of_device(int k) const;
+  [[nodiscard]] SliceRequest required(int k) const;
+  void finish_step(int k, const SliceRequest& request);
+  void mask(int k);
+  void hand_over(int k);
 
   const Grid& grid_;
   Slices& slices_;
   Stepper& stepper_;
   std::span<FieldMask* const> masks_;
   std::span<Sink* const> sinks_;
-  std::span<SliceWatcher* const> watchers_;
-  MarchTimes& times_;
-  std::vector<FieldMask*> laid_here_;  // masks that the stepper leaves to us
-  int taken_ = kFromTheEntry;          // the last slice that the sinks have
+  std::span<SliceObserver* const> observers_;
+  PropagationTotals& totals_;
+  StepResult made_;            // of the last step
+  int taken_ = kFromTheEntry;  // the last slice that the sinks have
 };
 
-Slice March::paint(int k) {
-  Slice slice{};
-  if (k < grid_.nz) timed(times_.painting, [&] { slice = slices_.at(k); });
-  return slice;
+void Propagation::paint(int k) {
+  if (k < grid_.nz) timed(totals_.painting, [&] { slices_.at(k); });
 }
 
-// Masks follow one another, so that one that is laid here brings all of its slice here.
-bool March::is_masked_there(int k) const {
-  return std::none_of(laid_here_.begin(), laid_here_.end(),
-                      [k](const FieldMask* mask) { return mask->covers(k); });
+bool Propagation::is_masked(int k) const {
+  return std::any_of(masks_.begin(), masks_.end(),
+                     [k](const FieldMask* mask) { return mask->covers(k); });
 }
 
-StepOrder March::order_of(int k) const {
-  StepOrder order = {looked_at(sinks_, k, grid_), is_masked_there(k)};
-  SliceParts& parts = order.parts;
-  parts.health = true;
-  if (order.is_masked && !slices_.are_kept()) return order;
-  parts.E = true;
-  parts.F |= slices_.are_kept();
-  parts.first_row = parts.first_column = 0;
-  parts.end_row = grid_.ny, parts.end_column = grid_.nx;
-  return order;
-}
-
-void March::mask(int k, Slice& slice) {
+// Masks follow one another, so a device applies one only if it is the only one.
+FieldMask* Propagation::mask_of_device(int k) const {
+  FieldMask* only = nullptr;
   for (FieldMask* mask : masks_) {
     if (!mask->covers(k)) continue;
-    mask->apply(k, slice.E);
-    slice.is_as_made = false;
-    slice.health.reset();
+    if (only != nullptr || mask->factors().columns.empty()) return nullptr;
+    only = mask;
+  }
+  return slices_.is_async() ? only : nullptr;
+}
+
+SliceRequest Propagation::required(int k) const {
+  SliceRequest request = required_by(sinks_, k, grid_);
+  request.state = true;
+  request.mask = mask_of_device(k);
+  if (slices_.are_kept()) request.F = true;
+  if (slices_.are_kept() || (is_masked(k) && request.mask == nullptr)) {
+    request.E = true;
+    request.first_row = request.first_column = 0;
+    request.end_row = grid_.ny, request.end_column = grid_.nx;
+  }
+  return request;
+}
+
+void Propagation::finish_step(int k, const SliceRequest& request) {
+  made_ = stepper_.wait();
+  slices_.set_made(k, request.E && request.first_row == 0 && request.end_row >= grid_.ny &&
+                          request.first_column == 0 && request.end_column >= grid_.nx);
+  totals_.steps += made_.seconds;
+  totals_.error = std::max(totals_.error, made_.error);
+  ++(made_.sum == Sum::kDirect         ? totals_.direct
+     : made_.sum == Sum::kTransforms   ? totals_.transforms
+     : made_.sum == Sum::kInterpolated ? totals_.interpolated
+                                       : totals_.known);
+  if (request.mask != nullptr)
+    mask_of_device(k)->add_taken(made_.taken);
+  else
+    timed(totals_.steps, [&] { mask(k); });
+}
+
+void Propagation::mask(int k) {
+  for (FieldMask* mask : masks_) {
+    if (!mask->covers(k)) continue;
+    mask->apply(k, slices_.change_field(k));
+    made_.state.reset();
   }
 }
 
-void March::hand_over(int k, const Slice& slice) {
+void Propagation::hand_over(int k) {
   if (k == taken_) return;
-  timed(times_.files, [&] {
+  taken_ = k;
+  Slice slice = slices_.at(k);
+  timed(totals_.files, [&] {
+    if (required_by(sinks_, k, grid_).flux)
+      slice.flux =
+          made_.flux ? *made_.flux : std::accumulate(slice.F, slice.F + slices_.samples(), 0.0);
     for (Sink* sink : sinks_) sink->take(k, slice);
   });
-  taken_ = k;
-  for (SliceWatcher* watcher : watchers_) {
-    if (watcher->wants_field(k)) stepper_.bring_field(slice);
-    watcher->slice_done(k, slice);
+  for (SliceObserver* observer : observers_) {
+    if (observer->requires_field(k)) slices_.fetch_field(k);
+    observer->slice_done(k, slice, made_);
   }
 }
 
-void March::run(int behind) {
-  taken_ = behind;
-  const bool is_elsewhere = stepper_.is_elsewhere();
-  const int first = std::max(behind, 0);
-  Slice here = paint(first);
-  if (behind == kFromTheEntry) mask(0, here);
-  if (!is_elsewhere) hand_over(first, here);
-  Slice next = paint(first + 1);
+void Propagation::run(int after) {
+  taken_ = after;
+  const int first = std::max(after, 0);
+  paint(first);
+  if (after == kFromTheEntry) mask(0);
+  if (!slices_.is_async()) hand_over(first);
+  paint(first + 1);
   for (int k = first; k < grid_.nz - 1; ++k) {
-    const StepOrder order = order_of(k + 1);
-    timed(times_.steps, [&] { stepper_.begin(here, next, order); });
-    Slice after_next{};
-    if (is_elsewhere) {
-      hand_over(k, here);
-      after_next = paint(k + 2);
-      if (k + 2 < grid_.nz) timed(times_.painting, [&] { stepper_.look_ahead(next, after_next); });
+    const SliceRequest request = required(k + 1);
+    stepper_.start(slices_.at(k), slices_.at(k + 1), request);
+    if (slices_.is_async()) {
+      hand_over(k);
+      paint(k + 2);
     }
-    timed(times_.steps, [&] {
-      stepper_.finish(next);
-      if (!order.is_masked) mask(k + 1, next);
-    });
-    times_.steps += stepper_.seconds_between();
-    if (!is_elsewhere) {
-      hand_over(k + 1, next);
-      after_next = paint(k + 2);
+    finish_step(k + 1, request);
+    if (!slices_.is_async()) {
+      hand_over(k + 1);
+      paint(k + 2);
     }
-    here = next;
-    next = after_next;
   }
-  hand_over(grid_.nz - 1, here);
-  timed(times_.files, [&] {
+  hand_over(grid_.nz - 1);
+  timed(totals_.files, [&] {
     for (Sink* sink : sinks_) sink->finish();
   });
 }
 
 }  // namespace
 
-void march(const Grid& grid, Slices& slices, Stepper& stepper, std::span<FieldMask* const> masks,
-           std::span<Sink* const> sinks, std::span<SliceWatcher* const> watchers, int behind,
-           MarchTimes& times) {
+void propagate(const Grid& grid, Slices& slices, Stepper& stepper,
+               std::span<FieldMask* const> masks, std::span<Sink* const> sinks,
+               std::span<SliceObserver* const> observers, int after, PropagationTotals& totals) {
   if (grid.nz < 1) return;
-  March(grid, slices, stepper, masks, sinks, watchers, times).run(behind);
+  Propagation(grid, slices, stepper, masks, sinks, observers, totals).run(after);
 }

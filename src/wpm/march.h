@@ -1,35 +1,36 @@
-// The one loop over slices, outside of the prescribed propagators.
+// The one loop over slices, outside of the reference propagators.
 #pragma once
 
 #include <span>
 
 #include "wpm/sink.h"
 #include "wpm/slice.h"
+#include "wpm/stepper.h"
 
-// What is told after each slice; checkpoints and progress.
-class SliceWatcher {
+// Called after each slice: checkpoints and progress.
+class SliceObserver {
  public:
-  virtual ~SliceWatcher() = default;
-  // Slice k is made and the sinks have it. Of E there are the parts that sinks look at, and all of
-  // it where the watcher wants it.
-  virtual void slice_done(int k, const Slice& slice) = 0;
-  // Asked just before that.
-  virtual bool wants_field(int /*k*/) { return false; }
+  virtual ~SliceObserver() = default;
+  // Whether slice_done reads all of E of slice k; else there is what sinks required. Called just
+  // before it.
+  virtual bool requires_field(int /*k*/) { return false; }
+  // Slice k is made and the sinks have it. step: the one that made it.
+  virtual void slice_done(int k, const Slice& slice, const StepResult& step) = 0;
 };
 
-// Seconds that a march spent.
-struct MarchTimes {
-  double painting = 0;
-  double steps = 0;  // what the run record shows
-  double files = 0;
+// What a propagation took.
+struct PropagationTotals {
+  double painting = 0, steps = 0, files = 0;                    // s; the run record shows steps
+  int direct = 0, transforms = 0, interpolated = 0, known = 0;  // steps by how they summed
+  double error = 0;                                             // the largest of the steps
 };
 
 constexpr int kFromTheEntry = -1;
 
-// Takes slice 0, or goes on behind slice `behind`, which the sinks have, and makes all others: each
-// is stepped to, masked, handed to the sinks, and then the watchers are told. Where steps are made
-// elsewhere, a slice is handed over and the next but one is painted while the next is made. Sinks
-// are finished at the end. Adds to times, which is up to date whenever a watcher is told.
-void march(const Grid& grid, Slices& slices, Stepper& stepper, std::span<FieldMask* const> masks,
-           std::span<Sink* const> sinks, std::span<SliceWatcher* const> watchers, int behind,
-           MarchTimes& times);
+// Takes slice 0, or continues after slice `after`, which the sinks have, and makes all others: each
+// is stepped to, masked and handed to the sinks, then the observers are called. With an
+// asynchronous stepper a slice is handed over and the next but one is painted during the next step.
+// Sinks are finished at the end. Adds to totals, which are up to date when an observer is called.
+void propagate(const Grid& grid, Slices& slices, Stepper& stepper,
+               std::span<FieldMask* const> masks, std::span<Sink* const> sinks,
+               std::span<SliceObserver* const> observers, int after, PropagationTotals& totals);

@@ -13,8 +13,8 @@
 namespace wpm {
 
 void IndexRuns::find(const Slice& slice, int ny, int nx) {
-  if (slice.stretch >= 0 && slice.stretch == stretch) return;
-  stretch = slice.stretch;
+  if (slice.segment >= 0 && slice.segment == segment) return;
+  segment = slice.segment;
   rows.resize(static_cast<std::size_t>(ny));
   constexpr double kSample = 0.4;  // ns
   share_out(groups_of(ny), kSample * nx * ny, [&](int group, int /*worker*/) {
@@ -59,8 +59,8 @@ std::uint32_t PairRuns::place_of(const IndexPair& pair) {
 }
 
 bool PairRuns::find(const Slice& from, const Slice& to) {
-  const bool is_known = from.stretch >= 0 && from.stretch == from_.stretch && to.stretch >= 0 &&
-                        to.stretch == to_.stretch;
+  const bool is_known = from.segment >= 0 && from.segment == from_.segment && to.segment >= 0 &&
+                        to.segment == to_.segment;
   if (is_known) return false;
   // Mostly the slice that was stepped to is the one that is stepped from.
   std::swap(from_, to_);

@@ -23,7 +23,7 @@ struct IndexRuns {
     int end;  // begins where the one before it ends
     cpx n;
   };
-  int stretch = -1;                        // the slice's number; -1: not known
+  int segment = -1;                        // the slice's number; -1: not known
   std::vector<std::vector<Stretch>> rows;  // [ny]
 
   void find(const Slice& slice, int ny, int nx);

@@ -17,8 +17,8 @@ RollingPair::RollingPair(const IndexStack& stack, const cpx* E0, const double* F
     : RollingPair(stack, Window::whole(stack.grid()), E0, F0) {}
 
 RollingPair::RollingPair(const IndexStack& stack, const Window& window, const cpx* E0,
-                         const double* F0)
-    : stack_(stack), window_(window) {
+                         const double* F0, SliceDevice* device)
+    : Slices(device), stack_(stack), window_(window) {
   const std::size_t plane = plane_of(stack.grid(), window);
   slices_[0].E.assign(E0, E0 + plane);
   slices_[0].F.assign(F0, F0 + plane);
@@ -45,7 +45,7 @@ void RollingPair::paint(int k) {
 
 // By the threads that a step's rows are shared out to, in the same runs: a large slice is then in
 // their caches.
-void RollingPair::darken(Buffers& slice) const {
+void RollingPair::clear(Buffers& slice) const {
   constexpr double kSample = 0.5;  // ns
   const int rows = window_.rows();
   const std::ptrdiff_t row_size = stack_.grid().nx;
@@ -58,18 +58,17 @@ void RollingPair::darken(Buffers& slice) const {
                  });
 }
 
-Slice RollingPair::at(int k) {
+Slice RollingPair::slice(int k, bool is_new) {
   Buffers& slice = slices_[place(k)];
-  if (k == newest_ + 1) {
-    newest_ = k;
-    if (is_darkened_) darken(slice);
+  if (is_new && k != first_) {
+    if (!is_async()) clear(slice);
     paint(k);
   }
   return {slice.E.data(), slice.F.data(), index_[slice.index].data(), stack_.stretch(k)};
 }
 
-void RollingPair::go_on_at(int k, const cpx* E) {
-  newest_ = k;
+void RollingPair::begin_at(int k, const cpx* E) {
+  first_ = k;
   Buffers& slice = slices_[place(k)];
   std::copy(E, E + slice.E.size(), slice.E.begin());
   std::fill(slice.F.begin(), slice.F.end(), 0.0);

@@ -11,17 +11,14 @@ class RollingPair : public Slices {
   // E0, F0: the incident slice, [ny][nx], copied. The stack must outlive the pair.
   RollingPair(const IndexStack& stack, const cpx* E0, const double* F0);
   // Of the rows of a window alone: all slices are [its rows][nx].
-  RollingPair(const IndexStack& stack, const Window& window, const cpx* E0, const double* F0);
+  RollingPair(const IndexStack& stack, const Window& window, const cpx* E0, const double* F0,
+              SliceDevice* device = nullptr);
 
-  // Slices in order: k is the newest one or the next.
-  Slice at(int k) override;
   [[nodiscard]] bool are_kept() const override { return false; }
+  [[nodiscard]] std::size_t samples() const override { return index_[0].size(); }
 
-  // Continues a run at slice k, whose field is E, as E0.
-  void go_on_at(int k, const cpx* E);
-
-  // From now on a slice begins with what another has left in E and F: for steps that replace it.
-  void leave_undarkened() { is_darkened_ = false; }
+  // Begins at slice k instead, whose field is E, as E0; before the first at().
+  void begin_at(int k, const cpx* E);
 
  private:
   struct Buffers {
@@ -30,15 +27,15 @@ class RollingPair : public Slices {
     std::size_t index = 0;  // which of the index planes is this slice's
   };
 
-  void darken(Buffers& slice) const;
+  Slice slice(int k, bool is_new) override;
+  void clear(Buffers& slice) const;
   void paint(int k);
 
   [[nodiscard]] Window window_of(int k) const;
 
   const IndexStack& stack_;
   Window window_;
-  Buffers slices_[2];          // slice k stands in slices_[k % 2]
+  Buffers slices_[2];          // slice k is in slices_[k % 2]
   std::vector<cpx> index_[2];  // two of them: equal neighbours share one
-  int newest_ = 0;
-  bool is_darkened_ = true;
+  int first_ = 0;
 };

@@ -1,91 +1,104 @@
-// What a run is made of: slices, and the interfaces of what walks over them.
+// What a run is made of: slices, and the interfaces of what works on them.
 #pragma once
 
 #include <climits>
-#include <optional>
+#include <span>
 
 #include "system/grid.h"
 
 // Whether a field is light still: neither zero everywhere nor infinite nor NaN somewhere.
-enum class Health { kLight, kDark, kNotFinite };
+enum class FieldState { kLight, kDark, kNotFinite };
 
 // One slice of the run's arrays, [ny][nx] each.
 struct Slice {
   cpx* E;
   double* F;
   const cpx* N;
-  int stretch = -1;  // slices with the same number have the same N, to the bit; -1: not known
-
-  // Where who made the slice knows them:
-  std::optional<double> flux{};  // the sum of F
-  std::optional<Health> health{};
-  // Whether its stepper has E, too, and nobody has changed it here.
-  bool is_as_made = false;
+  int segment = -1;        // slices of one uniform segment have the same N, to the bit; -1: unknown
+  double flux = 0;         // the sum of F, of a slice of which it is required
+  bool on_device = false;  // the device's copy of E is valid
 };
 
-// What is looked at of a slice: which arrays, and the rows and columns of them.
-struct SliceParts {
-  bool E = false, F = false, N = false;
-  bool flux = false;  // the sum of F
-  int first_row = 0, end_row = INT_MAX;
-  int first_column = 0, end_column = INT_MAX;
-  bool health = false;
-};
-
-// What is asked of a step, beside the slice.
-struct StepOrder {
-  SliceParts parts;        // what the run will look at of it
-  bool is_masked = false;  // whether masks that the stepper has adopted are laid over it
-};
-
-// Multiplies the field of a slice by something: an edge that absorbs, a screen. Applied to every
-// slice before the sinks take it and before it is stepped from.
+// Multiplies the field of a slice by something: an absorbing edge, a screen. Applied to a slice
+// before the sinks take it and before the next step.
 class FieldMask {
  public:
   virtual ~FieldMask() = default;
   virtual void apply(int k, cpx* E) = 0;
-  // Whether it does anything to slice k.
+  // Whether it changes slice k.
   [[nodiscard]] virtual bool covers(int k) const = 0;
+
+  // A mask that is the product of a factor for each column, [nx], and one for each row, [ny], for a
+  // device that applies it; no columns if it is no such product.
+  struct Factors {
+    std::span<const double> columns, rows;
+  };
+  [[nodiscard]] virtual Factors factors() const { return {}; }
+  // Adds what a device took from a slice by the factors, the sum of |E|^2.
+  virtual void add_taken(double /*sum*/) {}
 };
 
-// Where slices live: a whole volume, or a rolling pair.
+// What is required of a slice: arrays, and the rows and columns of them.
+struct SliceRequest {
+  bool E = false, F = false, N = false;
+  bool flux = false;  // the sum of F
+  int first_row = 0, end_row = INT_MAX;
+  int first_column = 0, end_column = INT_MAX;
+  bool state = false;               // the state of the field
+  const FieldMask* mask = nullptr;  // applied by an asynchronous stepper
+};
+
+// The part of an asynchronous stepper that Slices use: its copies of the field.
+class SliceDevice {
+ public:
+  virtual ~SliceDevice() = default;
+  // Copies all of E of the slice that was made last, or of the one before, to the host. A step may
+  // be under way.
+  virtual void fetch_field(const Slice& slice) = 0;
+  // Prepares the step between two slices whose N is known. A step may be under way.
+  virtual void prefetch(const Slice& from, const Slice& to) = 0;
+};
+
+// The slices of a run, a whole volume or a rolling pair, and which copies of their fields are
+// valid.
 class Slices {
  public:
+  // device: of the stepper that makes the slices; null on the host.
+  explicit Slices(SliceDevice* device = nullptr) : device_(device) {}
   virtual ~Slices() = default;
-  // Slice k, its index painted. E and F of a slice that is asked for the first time are 0, those of
-  // slice 0 the incident field. Valid until at(k + 2).
-  virtual Slice at(int k) = 0;
-  // Whether all slices stay, to be looked at behind the run.
+  Slices(const Slices&) = delete;
+  Slices& operator=(const Slices&) = delete;
+
+  // Slice k, its index painted: the newest one, the one before or the next. E and F of a new slice
+  // are 0, or anything if a device replaces them; those of slice 0 are the incident field. Valid
+  // until at(k + 2).
+  Slice at(int k);
+  // Whether all slices stay until the end of the run.
   [[nodiscard]] virtual bool are_kept() const = 0;
-};
+  // Samples of a slice.
+  [[nodiscard]] virtual std::size_t samples() const = 0;
+  // Whether steps continue on a device after they are started.
+  [[nodiscard]] bool is_async() const { return device_ != nullptr; }
 
-// Makes a slice from the one before it. Made once for a run: it plans, owns its axes and stores.
-class Stepper {
- public:
-  virtual ~Stepper() = default;
-  // Adds to to.E and to.F what from.E becomes across the step. from is left as it is.
-  virtual void step(const Slice& from, const Slice& to) = 0;
+  // Slice k was made. If by a device, the host has all of E or only a part of it.
+  void set_made(int k, bool is_whole_on_host);
+  // All of E of slice k, on the host.
+  cpx* fetch_field(int k);
+  // The same to be changed, which leaves the device's copy invalid.
+  cpx* change_field(int k);
 
-  // Whether the stepper lays the mask, one that covers every slice behind a step, over its slices
-  // itself, in the steps that are to be masked.
-  virtual bool adopt(FieldMask& /*mask*/) { return false; }
+ protected:
+  [[nodiscard]] SliceDevice* device() const { return device_; }
 
-  // The same step in two parts, for who has other work meanwhile. Behind begin, from is not looked
-  // at any more; behind finish, those parts of to are made, and to tells what is known of it.
-  virtual void begin(const Slice& from, const Slice& to, const StepOrder& /*order*/) {
-    step(from, to);
-  }
-  virtual void finish(Slice& /*to*/) {}
-  // While a step goes on elsewhere: the slices of the next one, of which the indices are known.
-  virtual void look_ahead(const Slice& /*from*/, const Slice& /*to*/) {}
-  // Whether steps are made elsewhere, on a device: behind begin they go on by themselves, and what
-  // comes from there replaces what to has held.
-  [[nodiscard]] virtual bool is_elsewhere() const { return false; }
-  // Seconds that the last step went on between its parts.
-  [[nodiscard]] virtual double seconds_between() const { return 0.0; }
-  // All of E of a slice that finish left, this one or the one before, though a step is begun.
-  virtual void bring_field(const Slice& /*slice*/) {}
+ private:
+  struct Copies {
+    bool on_host = true, on_device = false;
+  };
+  // Slice k as at() describes it; is_new the first time.
+  virtual Slice slice(int k, bool is_new) = 0;
+  Copies& copies(int k) { return copies_[k % 2]; }
 
-  // How the last step summed its plane waves, as a user reads it: "direct sum", "transforms".
-  [[nodiscard]] virtual const char* sum_taken() const = 0;
+  SliceDevice* device_;
+  Copies copies_[2];  // of the newest slice and of the one before
+  int newest_ = -1;
 };

@@ -4,21 +4,24 @@
 #include "system/index_stack.h"
 #include "wpm/slice.h"
 
-// Over arrays of the caller's, [nz][ny][nx] each: slice 0 of E and F holds the incident field, the
-// others 0, N is painted. Clears and copies nothing. stack, if there is one, knows which slices are
-// alike.
+// Over arrays of the caller's, [nz][ny][nx] each: slice 0 of E and F is the incident field, the
+// others are 0, N is painted. Clears and copies nothing. stack, if there is one, knows which slices
+// are alike.
 class WholeVolume : public Slices {
  public:
-  WholeVolume(const Grid& grid, cpx* E, double* F, const cpx* N, const IndexStack* stack = nullptr)
-      : plane_(grid.plane()), E_(E), F_(F), N_(N), stack_(stack) {}
+  WholeVolume(const Grid& grid, cpx* E, double* F, const cpx* N, const IndexStack* stack = nullptr,
+              SliceDevice* device = nullptr)
+      : Slices(device), plane_(grid.plane()), E_(E), F_(F), N_(N), stack_(stack) {}
 
-  Slice at(int k) override {
+  [[nodiscard]] bool are_kept() const override { return true; }
+  [[nodiscard]] std::size_t samples() const override { return plane_; }
+
+ private:
+  Slice slice(int k, bool /*is_new*/) override {
     const std::size_t begin = static_cast<std::size_t>(k) * plane_;
     return {E_ + begin, F_ + begin, N_ + begin, stack_ != nullptr ? stack_->stretch(k) : -1};
   }
-  [[nodiscard]] bool are_kept() const override { return true; }
 
- private:
   std::size_t plane_;
   cpx* E_;
   double* F_;

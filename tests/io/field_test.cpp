@@ -126,7 +126,7 @@ TEST(FieldFile, GoesOnBehindAnySliceAndTellsHowFarItCame) {
   m.is_single = true;
   m.saves_index = true;
   m.z1 = 3;
-  expect_going_on(scene, m, directory);
+  expect_resuming(scene, m, directory);
   const auto E = numbers(directory.path("again").string(), "VTKHDF/PointData/E");
   for (std::size_t i = 0; i < E.size(); ++i) {
     const cpx& field = scene.E[scene.index(2, 0, 0) + i / 2];
@@ -140,9 +140,9 @@ TEST(FieldFile, GoesOnBehindAnySliceAndTellsHowFarItCame) {
   ASSERT_EQ(part.size(), E.size());
   for (std::size_t i = 0; i < E.size(); ++i) EXPECT_EQ(part[i], i < 2 * 48 ? E[i] : 0.0);
 
-  const Mark mark = sink->mark();
+  const SinkState state = sink->save();
   std::filesystem::resize_file(m.file, 100);
-  EXPECT_ERROR(monitor_of(scene, m)->go_back_to(mark),
+  EXPECT_ERROR(monitor_of(scene, m)->restore(state),
                "a.cfg: line 7: the run cannot go on with the file");
 }
 

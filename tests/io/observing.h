@@ -45,13 +45,13 @@ inline std::unique_ptr<Sink> monitor_of(const Scene& scene, const Monitor& monit
   return std::move(make_monitors({monitor}, grid_of(scene), context_of(scene)).at(0));
 }
 
-// The sink gets what it says that it looks at; all else is not a number.
+// The sink gets what it requires; all else is not a number.
 inline void show(Sink& sink, int k, const Slice& whole, int nx, int ny) {
   constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
   const auto plane = static_cast<std::size_t>(nx) * static_cast<std::size_t>(ny);
   std::vector<cpx> E(plane, {kNan, kNan}), N = E;
   std::vector<double> F(plane, kNan);
-  const SliceParts parts = sink.looks_at(k);
+  const SliceRequest parts = sink.required(k);
   for (int j = parts.first_row; j < std::min(parts.end_row, ny); ++j)
     for (int i = parts.first_column; i < std::min(parts.end_column, nx); ++i) {
       const auto s = static_cast<std::size_t>(j * nx + i);
@@ -60,6 +60,7 @@ inline void show(Sink& sink, int k, const Slice& whole, int nx, int ny) {
       if (parts.N) N[s] = whole.N[s];
     }
   Slice shown = {E.data(), F.data(), N.data()};
+  shown.flux = kNan;
   if (parts.flux) shown.flux = std::accumulate(whole.F, whole.F + plane, 0.0);
   sink.take(k, shown);
 }
@@ -101,18 +102,18 @@ inline Monitor monitor(MonitorType type, const TempDir& directory, const std::st
   return m;
 }
 
-// A run that was stopped behind any slice leaves, gone on in another process, the same bytes.
-inline void expect_going_on(Scene& scene, Monitor m, const TempDir& directory) {
+// A run that was stopped after any slice and resumed in another process leaves the same bytes.
+inline void expect_resuming(Scene& scene, Monitor m, const TempDir& directory) {
   m.file = directory.path("whole").string();
   observe(*monitor_of(scene, m), scene);
   m.file = directory.path("again").string();
   for (int stop = 0; stop < scene.nz; ++stop) {
     const auto first = monitor_of(scene, m), second = monitor_of(scene, m);
     for (int k = 0; k <= stop; ++k) show(*first, scene, k);
-    const Mark mark = first->mark();
+    const SinkState state = first->save();
     if (stop + 1 < scene.nz) show(*first, scene, stop + 1);
-    second->go_back_to(mark);
+    second->restore(state);
     observe(*second, scene, stop + 1);
-    EXPECT_EQ(directory.read("again"), directory.read("whole")) << "stopped behind slice " << stop;
+    EXPECT_EQ(directory.read("again"), directory.read("whole")) << "stopped after slice " << stop;
   }
 }

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "io/observing.h"
-#include "support/errors.h"
+#include "wpm/byte_stream.h"
 
 namespace {
 
@@ -92,8 +92,8 @@ TEST(Sections, OfOneSliceAreZeroBeyondIt) {
   EXPECT_EQ(asked, 12);
 }
 
-// Stopped behind any slice and gone on, by a sink of another process, with what the first one wrote
-// beyond its mark still in the file.
+// Stopped after any slice and resumed by a sink of another process, with what the first one wrote
+// beyond its state still in the file.
 TEST(Sections, GoOnBehindAnySlice) {
   const TempDir directory;
   const std::string whole = directory.path("whole").string(), a = directory.path("a").string();
@@ -103,10 +103,10 @@ TEST(Sections, GoOnBehindAnySlice) {
     for (int stop = 0; stop < 6; ++stop) {
       const auto first = make(a), second = make(a);
       for (int k = 0; k <= stop; ++k) show(*first, k, volume.slice(k), 4, 4);
-      const Mark mark = first->mark();
+      const SinkState state = first->save();
       if (stop < 5) first->take(stop + 1, volume.slice(5));
       first->finish();
-      second->go_back_to(mark);
+      second->restore(state);
       march_through(*second, volume, stop + 1);
       EXPECT_EQ(directory.read("a"), directory.read("whole")) << stop;
     }
@@ -116,8 +116,8 @@ TEST(Sections, GoOnBehindAnySlice) {
       expect_same([&, p = p, s = s](const std::string& file) {
         return make_cross_section_sink(file, Quantity::kField, p, s, volume.grid);
       });
-  expect_same([&](const std::string& file) { return make_flux_profile_sink(file, volume.grid); });
-  EXPECT_ERROR(make_flux_profile_sink(a, volume.grid)->go_back_to("bad"), "does not fit");
+  expect_same([&](const std::string& file) { return make_flux_profile_sink(file); });
+  EXPECT_THROW(make_flux_profile_sink(a)->restore("bad"), TooFewBytes);
 }
 
 TEST(Sections, ThatNeedAVolumeAreNotStreamed) {
@@ -134,7 +134,7 @@ TEST(FluxProfile, IsTheFluxOfEachSliceOverThatOfTheFirst) {
   const TempDir directory;
   Volume volume(2, 3);
   volume.F = {1, 2, 3, 4, 5, 5, 5, 5, -1, 0, 0, NAN};
-  const auto sink = make_flux_profile_sink(directory.path("a").string(), volume.grid);
+  const auto sink = make_flux_profile_sink(directory.path("a").string());
   march_through(*sink, volume);
   EXPECT_EQ(sink->flux0(), 10.0);
   EXPECT_EQ(directory.read("a"), "\n1,2,nan\n");

@@ -262,7 +262,7 @@ TEST(Tables, GoOnBehindAnySlice) {
     Monitor m = focus_monitor(directory);
     m.type = type;
     m.every = type == MonitorType::kBeam ? 4 : 1;
-    expect_going_on(scene, m, directory);
+    expect_resuming(scene, m, directory);
   }
 }
 

@@ -20,9 +20,10 @@ void run_on_device(Scene& scene, bool is_fast) {
   const bool is_TE = scene.pol != TM;
   if (is_fast) {
     DeviceStepper stepper(scene.grid(), scene.options(), {true, is_TE, kBlock});
-    WholeVolume slices(scene.grid(), scene.E.data(), scene.F.data(), scene.N.data());
-    MarchTimes times;
-    march(scene.grid(), slices, stepper, {}, {}, {}, kFromTheEntry, times);
+    WholeVolume slices(scene.grid(), scene.E.data(), scene.F.data(), scene.N.data(), nullptr,
+                       &stepper);
+    PropagationTotals totals;
+    propagate(scene.grid(), slices, stepper, {}, {}, {}, kFromTheEntry, totals);
     return;
   }
   const DeviceArray<cpx> E(scene.E);

@@ -7,6 +7,7 @@
 #include "kernel/device_test.h"
 #include "main/device_stepper.h"
 #include "support/scene.h"
+#include "wpm/edge.h"
 #include "wpm/march.h"
 #include "wpm/whole_volume.h"
 
@@ -25,19 +26,19 @@ Scene stepped(Scene scene, DeviceChoice choice, bool stays = false) {
   choice.is_TE = scene.pol != TM;
   choice.blockSize = kBlock;
   DeviceStepper stepper(grid, options, choice);
-  const auto slice = [&](int k, int stretch, bool is_as_made) {
+  const auto slice = [&](int k, int segment, bool on_device) {
     const std::size_t begin = scene.index(k, 0, 0);
-    Slice of_scene = {&scene.E[begin], &scene.F[begin], &scene.N[begin], stays ? stretch : -1};
-    of_scene.is_as_made = is_as_made;
+    Slice of_scene = {&scene.E[begin], &scene.F[begin], &scene.N[begin], stays ? segment : -1};
+    of_scene.on_device = on_device;
     return of_scene;
   };
-  int stretch = 0;
+  int segment = 0;
   for (int k = 0; k < scene.nz - 1; ++k) {
     const auto* here = &scene.N[scene.index(k, 0, 0)];
     const bool is_alike = std::equal(here, here + grid.plane(), here + grid.plane());
-    stepper.step(slice(k, stretch, stays && k > 0),
-                 slice(k + 1, is_alike ? stretch : stretch + 1, false));
-    if (!is_alike) ++stretch;
+    step(stepper, slice(k, segment, stays && k > 0),
+         slice(k + 1, is_alike ? segment : segment + 1, false));
+    if (!is_alike) ++segment;
   }
   return scene;
 }
@@ -86,9 +87,9 @@ std::string name_of(const testing::TestParamInfo<NamedScene>& named) {
 
 INSTANTIATE_TEST_SUITE_P(Every, Steps, testing::ValuesIn(scene_table()), name_of);
 
-// A slice of the device: what is brought of it, what is told of it, and which field is stepped
-// from.
-TEST_F(DeviceTest, BringsTheWantedPartsAndTellsOfTheSlice) {
+// A slice of the device: what is copied of it, what is reported of it, and which field the next
+// step begins from.
+TEST_F(DeviceTest, CopiesWhatIsRequestedAndReportsTheSlice) {
   Scene whole = scene_named("wide_guide");
   const Grid grid = whole.grid();
   const Scene at_first = whole;
@@ -101,12 +102,13 @@ TEST_F(DeviceTest, BringsTheWantedPartsAndTellsOfTheSlice) {
       const std::size_t begin = scene.index(k, 0, 0);
       return Slice{&scene.E[begin], &scene.F[begin], &scene.N[begin]};
     };
-    SliceParts parts = {.E = true, .F = true, .flux = true, .first_row = 2, .end_row = 5};
+    SliceRequest parts = {.E = true, .F = true, .flux = true, .first_row = 2, .end_row = 5};
     parts.first_column = 3, parts.end_column = 4;
-    parts.health = true;
+    parts.state = true;
     Slice made = slice(1);
-    stepper.begin(slice(0), made, {parts});
-    stepper.finish(made);
+    stepper.start(slice(0), made, parts);
+    const StepResult result = stepper.wait();
+    made.on_device = true;
     double flux = 0;
     for (int j = 0; j < grid.ny; ++j)
       for (int i = 0; i < grid.nx; ++i) {
@@ -114,23 +116,22 @@ TEST_F(DeviceTest, BringsTheWantedPartsAndTellsOfTheSlice) {
         EXPECT_EQ(scene.at(1, j, i), is_inside ? whole.at(1, j, i) : 0.0) << j << ' ' << i;
         flux += whole.F[whole.index(1, j, i)];
       }
-    EXPECT_EQ(made.flux.has_value(), is_fast) << "the direct sum's is added up by the host";
-    EXPECT_NEAR(made.flux.value_or(flux) / flux, 1.0, 1e-14);
+    EXPECT_EQ(result.flux.has_value(), is_fast) << "the direct sum's is added up by the host";
+    EXPECT_NEAR(result.flux.value_or(flux) / flux, 1.0, 1e-14);
     EXPECT_EQ(scene.F[scene.index(1, 9, 9)], is_fast ? 0.0 : whole.F[whole.index(1, 9, 9)]);
-    EXPECT_EQ(made.health, Health::kLight);
+    EXPECT_EQ(result.state, FieldState::kLight);
 
-    // The next step begun, the slice behind it is still to be had.
-    Slice next = slice(2);
-    stepper.begin(made, next, {{.E = true, .health = true}});
-    stepper.bring_field(made);
+    // After the start of the next step, the slice before it can still be fetched.
+    stepper.start(made, slice(2), {.E = true, .state = true});
+    stepper.fetch_field(made);
     for (int s = 0; s < grid.nx * grid.ny; ++s) EXPECT_EQ(scene.at(1, 0, s), whole.at(1, 0, s));
-    stepper.finish(next);
+    stepper.wait();
     for (int s = 0; s < grid.nx * grid.ny; ++s) EXPECT_EQ(scene.at(2, 0, s), whole.at(2, 0, s));
   }
 }
 
-// Whether the stepper has looked at the slices of the next step, at others, or at none.
-TEST_F(DeviceTest, StepsAlikeHoweverItLooksAhead) {
+// Whether the slices of the next step were prefetched, others, or none.
+TEST_F(DeviceTest, StepsAlikeWhateverIsPrefetched) {
   enum { kNot, kRightly, kElsewhere };
   for (const char* name : {"index_of_its_own", "step_down_TE"})
     for (const bool is_fast : {false, true}) {
@@ -145,11 +146,10 @@ TEST_F(DeviceTest, StepsAlikeHoweverItLooksAhead) {
           return Slice{&scene.E[begin], &scene.F[begin], &scene.N[begin], k};
         };
         for (int k = 0; k < scene.nz - 1; ++k) {
-          Slice made = slice(k + 1);
-          stepper.begin(slice(k), made, {{.E = true, .F = true}});
-          if (ahead == kRightly && k + 2 < scene.nz) stepper.look_ahead(made, slice(k + 2));
-          if (ahead == kElsewhere) stepper.look_ahead(slice(0), slice(0));
-          stepper.finish(made);
+          stepper.start(slice(k), slice(k + 1), {.E = true, .F = true});
+          if (ahead == kRightly && k + 2 < scene.nz) stepper.prefetch(slice(k + 1), slice(k + 2));
+          if (ahead == kElsewhere) stepper.prefetch(slice(0), slice(0));
+          stepper.wait();
         }
         EXPECT_EQ(scene.E, whole.E);
         EXPECT_EQ(scene.F, whole.F);
@@ -158,25 +158,25 @@ TEST_F(DeviceTest, StepsAlikeHoweverItLooksAhead) {
 }
 
 // The edge on the device takes what it takes on the host.
-TEST_F(DeviceTest, LaysTheEdge) {
-  const auto marched = [](Scene& scene, Stepper& stepper) {
+TEST_F(DeviceTest, AppliesTheEdge) {
+  const auto propagated = [](Scene& scene, Stepper& stepper, SliceDevice* device) {
     const Grid grid = scene.grid();
     EdgeMask edge(grid, 2.4 * std::max(grid.dx, grid.dy), 6 * grid.dx);
     FieldMask* masks[] = {&edge};
-    WholeVolume slices(grid, scene.E.data(), scene.F.data(), scene.N.data());
-    MarchTimes times;
-    march(grid, slices, stepper, masks, {}, {}, kFromTheEntry, times);
+    WholeVolume slices(grid, scene.E.data(), scene.F.data(), scene.N.data(), nullptr, device);
+    PropagationTotals totals;
+    propagate(grid, slices, stepper, masks, {}, {}, kFromTheEntry, totals);
     return edge.taken();
   };
   Scene on_host = scene_named("odd_guide");
   const auto host = make_fast_stepper(on_host.grid(), on_host.options());
-  const double taken = marched(on_host, *host);
+  const double taken = propagated(on_host, *host, nullptr);
   EXPECT_GT(taken, 0.0);
   for (const bool is_fast : {false, true}) {
     Scene on_device = scene_named("odd_guide");
     DeviceStepper stepper(on_device.grid(), on_device.options(),
                           {.is_fast = is_fast, .blockSize = kBlock});
-    EXPECT_NEAR(marched(on_device, stepper) / taken, 1.0, 1e-9) << is_fast;
+    EXPECT_NEAR(propagated(on_device, stepper, &stepper) / taken, 1.0, 1e-9) << is_fast;
     for (int k = 0; k < on_host.nz; ++k) {
       EXPECT_LE(difference(on_host, on_device, k).field, 1e-9) << k;
       EXPECT_LE(difference(on_host, on_device, k).flux, 1e-9) << k;
@@ -190,9 +190,9 @@ TEST(Stepper, LeavesAxesWithoutSpacingToTheDirectSum) {
     Scene scene(8, 8, 4, is_y ? 0.25 : 0.0, is_y ? 0.0 : 0.2, 0.15, 1.0);
     EXPECT_EQ(scene.propagate_by(make_fast_stepper).direct, 3) << is_y;
     DeviceStepper stepper(scene.grid(), scene.options(), {.is_fast = true});
-    stepper.step({scene.E.data(), scene.F.data(), scene.N.data()},
-                 {&scene.E[64], &scene.F[64], &scene.N[64]});
-    EXPECT_STREQ(stepper.sum_taken(), "direct sum") << is_y;
+    const StepResult result = step(stepper, {scene.E.data(), scene.F.data(), scene.N.data()},
+                                   {&scene.E[64], &scene.F[64], &scene.N[64]});
+    EXPECT_EQ(result.sum, Sum::kDirect) << is_y;
   }
 }
 

@@ -124,7 +124,7 @@ TEST(Fast, NeedsNoSumWhereEverythingIsNaN) {
   reference.N[reference.index(3, 2, 2)] = 0.0;
   Scene fast = reference;
   reference.propagate();
-  const SumCounts counts = fast.propagate_by(make_fast_stepper);
+  const PropagationTotals counts = fast.propagate_by(make_fast_stepper);
   EXPECT_EQ(counts.known, 4);
   EXPECT_EQ(counts.direct, 0);
   for (std::size_t s = fast.grid().plane(); s < fast.E.size(); ++s) {
@@ -182,36 +182,36 @@ TEST(Fast, TakesOnlyRegularAxesForTransforms) {
 // The cheaper sum: transforms where plane waves are many, the direct sum of a single one.
 TEST(Fast, TakesTheCheaperSum) {
   Scene guide = random_stack(24, 24, 4, 7);
-  const SumCounts many = guide.propagate_by(make_fast_stepper);
+  const PropagationTotals many = guide.propagate_by(make_fast_stepper);
   EXPECT_EQ(many.transforms, 3);
   EXPECT_EQ(many.direct, 0);
   Scene straight_on(16, 16, 3, 0.3e-6, 0.2e-6, 0.25e-6, 1e-6);
-  const SumCounts single = straight_on.propagate_by(make_fast_stepper);
+  const PropagationTotals single = straight_on.propagate_by(make_fast_stepper);
   EXPECT_EQ(single.transforms, 0);
   EXPECT_EQ(single.direct, 2);
 }
 
-// Pairs are found once for a stretch of equal slices, and anew for the next.
-TEST(Fast, KnowsAStretchBySlicesThatAreAlike) {
+// Pairs are found once for a uniform segment, and anew for the next.
+TEST(Fast, KnowsAUniformSegmentByItsNumber) {
   Scene scene = random_stack(16, 12, 3, 3);
   const auto stepper = make_fast_stepper(scene.grid(), scene.options());
   const std::size_t plane = scene.grid().plane();
-  const auto step = [&](const cpx* N, int stretch) {
+  const auto stepped = [&](const cpx* N, int segment) {
     std::vector<cpx> E(plane);
     std::vector<double> F(plane);
-    stepper->step({scene.E.data(), scene.F.data(), N, stretch}, {E.data(), F.data(), N, stretch});
+    step(*stepper, {scene.E.data(), scene.F.data(), N, segment}, {E.data(), F.data(), N, segment});
     return E;
   };
   const cpx* first = scene.N.data();
   const cpx* second = first + plane;
-  const std::vector<cpx> of_first = step(first, 4);
-  EXPECT_EQ(step(first, 4), of_first);
-  EXPECT_EQ(step(second, 5), step(second, -1));
-  EXPECT_NE(step(second, 5), of_first);
+  const std::vector<cpx> of_first = stepped(first, 4);
+  EXPECT_EQ(stepped(first, 4), of_first);
+  EXPECT_EQ(stepped(second, 5), stepped(second, -1));
+  EXPECT_NE(stepped(second, 5), of_first);
 }
 
-// What a step says of its slice is what the slice holds, to the bit: whole volumes have F alone.
-TEST(Fast, TellsTheFluxAndTheHealthOfItsSlice) {
+// What a step reports of its slice is what the slice holds, to the bit: whole volumes have F alone.
+TEST(Fast, ReportsTheFluxAndTheStateOfItsSlice) {
   for (const auto& [nx, ny] : {std::pair(40, 40), std::pair(21, 28)}) {
     Scene scene = random_stack(nx, ny, 6, 11);
     const std::size_t plane = scene.grid().plane();
@@ -221,46 +221,42 @@ TEST(Fast, TellsTheFluxAndTheHealthOfItsSlice) {
       return {&scene.E[first], &scene.F[first], &scene.N[first]};
     };
     for (int k = 1; k < scene.nz; ++k) {
-      Slice made = slice(k);
-      stepper->step(slice(k - 1), made);
-      stepper->finish(made);
-      ASSERT_TRUE(made.flux && made.health) << k;
-      EXPECT_EQ(*made.flux, std::accumulate(made.F, made.F + plane, 0.0)) << k;
-      EXPECT_NE(*made.flux, 0.0);
-      EXPECT_EQ(*made.health, Health::kLight) << k;
+      const Slice made = slice(k);
+      const StepResult result = step(*stepper, slice(k - 1), made);
+      ASSERT_TRUE(result.flux && result.state) << k;
+      EXPECT_EQ(*result.flux, std::accumulate(made.F, made.F + plane, 0.0)) << k;
+      EXPECT_NE(*result.flux, 0.0);
+      EXPECT_EQ(*result.state, FieldState::kLight) << k;
     }
-    // Behind the direct sum nothing is known.
-    Slice made = slice(5);
+    // After the direct sum nothing is known.
     scene.E[4 * plane] = std::nan("");
-    stepper->step(slice(4), made);
-    stepper->finish(made);
-    EXPECT_FALSE(made.flux || made.health);
+    const StepResult unknown = step(*stepper, slice(4), slice(5));
+    EXPECT_FALSE(unknown.flux || unknown.state);
     // Nothing is left of an index without a propagating wave.
     Scene dark(24, 24, 2, 0.3e-6, 0.2e-6, 40e-6, 1e-6);
     for (std::size_t s = 0; s < dark.N.size(); ++s) dark.N[s] = cpx(s % 24 < 9 ? 1.5 : 1.4, 9.0);
     dark.illuminate([](double x, double y) { return std::exp(-(x * x + 2 * y * y) / 1e-12); });
-    Slice lost = {&dark.E[576], &dark.F[576], &dark.N[576]};
     const auto last = make_fast_stepper(dark.grid(), dark.options());
-    last->step({dark.E.data(), dark.F.data(), dark.N.data()}, lost);
-    last->finish(lost);
-    EXPECT_TRUE(lost.health == Health::kDark);
+    const StepResult lost = step(*last, {dark.E.data(), dark.F.data(), dark.N.data()},
+                                 {&dark.E[576], &dark.F[576], &dark.N[576]});
+    EXPECT_TRUE(lost.state == FieldState::kDark);
   }
 }
 
-TEST(HealthOf, SeesOneSampleAmongAll) {
+TEST(FieldStates, SeesOneSampleAmongAll) {
   const double inf = std::numeric_limits<double>::infinity(), tiny = 5e-324, large = 1.7e308;
   for (const std::size_t n : {1, 7, 16, 33})
     for (std::size_t at = 0; at < n; ++at) {
       std::vector<cpx> E(n, cpx(0.0, -0.0));
-      EXPECT_EQ(health_of(E.data(), n), Health::kDark);
+      EXPECT_EQ(field_state(E.data(), n), FieldState::kDark);
       for (const cpx& light : {cpx(0, tiny), cpx(-tiny, 0), cpx(large, 0), cpx(0, -large)}) {
         E[at] = light;
-        EXPECT_EQ(health_of(E.data(), n), Health::kLight);
+        EXPECT_EQ(field_state(E.data(), n), FieldState::kLight);
       }
       for (const cpx& wild :
            {cpx(0, inf), cpx(-inf, 0), cpx(std::nan(""), 1), cpx(1, -std::nan(""))}) {
         E[at] = wild;
-        EXPECT_EQ(health_of(E.data(), n), Health::kNotFinite);
+        EXPECT_EQ(field_state(E.data(), n), FieldState::kNotFinite);
       }
     }
 }

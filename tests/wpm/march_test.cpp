@@ -1,4 +1,4 @@
-// The loop over slices: who is called when, and that a stepper elsewhere gives the same slices.
+// The loop over slices: who is called when, and that a device's stepper gives the same slices.
 #include "wpm/march.h"
 
 #include <gtest/gtest.h>
@@ -22,29 +22,33 @@ Grid grid_of(int nz) {
 using Events = std::vector<std::string>;
 
 // Two slices' worth of room, as a stream has; a slice that is painted is the index k + 1, and wrong
-// numbers where E and F were.
+// numbers in E and F.
 class TwoSlices : public Slices {
  public:
-  explicit TwoSlices(Events& events, bool are_kept) : events_(events), are_kept_(are_kept) {}
-  Slice at(int k) override {
-    events_.push_back("paint " + std::to_string(k));
-    Room& room = rooms_[k % 2];
-    room.E.fill(k == first_ ? 1.0 : -7.0);
-    room.F.fill(-7.0);
-    room.N.fill(k + 1.0);
-    return {room.E.data(), room.F.data(), room.N.data(), k};
-  }
+  TwoSlices(Events& events, SliceDevice* device, bool are_kept, int first)
+      : Slices(device), events_(events), are_kept_(are_kept), first_(first) {}
   [[nodiscard]] bool are_kept() const override { return are_kept_; }
-  void begin_at(int k) { first_ = k; }
+  [[nodiscard]] std::size_t samples() const override { return kSamples; }
 
  private:
+  Slice slice(int k, bool is_new) override {
+    Room& room = rooms_[k % 2];
+    if (is_new) {
+      events_.push_back("paint " + std::to_string(k));
+      room.E.fill(k == first_ ? 1.0 : -7.0);
+      room.F.fill(-7.0);
+      room.N.fill(k + 1.0);
+    }
+    return {room.E.data(), room.F.data(), room.N.data(), k};
+  }
+
   struct Room {
     std::array<cpx, kSamples> E, N;
     std::array<double, kSamples> F;
   };
   Events& events_;
   bool are_kept_;
-  int first_ = 0;
+  int first_;
   Room rooms_[2];
 };
 
@@ -61,94 +65,103 @@ class Screen : public FieldMask {
   double factor_;
 };
 
-// Halves what is left, behind every step.
+// Halves what is left after every step, by factors that a device can apply.
 class Halving : public FieldMask {
  public:
   explicit Halving(Events& events) : events_(events) {}
   void apply(int k, cpx* E) override {
     events_.push_back("halve " + std::to_string(k));
-    for (int s = 0; s < kSamples; ++s) E[s] *= 0.5;
+    for (int s = 0; s < kSamples; ++s) add_taken(0.75 * std::norm(E[s])), E[s] *= 0.5;
   }
   [[nodiscard]] bool covers(int k) const override { return k > 0; }
+  [[nodiscard]] Factors factors() const override { return {kColumns, kRows}; }
+  void add_taken(double sum) override { taken += sum; }
+
+  double taken = 0;
 
  private:
+  static constexpr double kColumns[] = {0.5};
+  static constexpr double kRows[] = {1.0, 1.0};
   Events& events_;
 };
 
-// Multiplies by the index behind the step. Elsewhere, it keeps the field to itself and brings it,
-// or not, at the end.
+// Multiplies by the index after the step.
 class Times : public Stepper {
  public:
-  Times(Events& events, bool is_elsewhere) : events_(events), is_elsewhere_(is_elsewhere) {}
-  bool adopt(FieldMask& mask) override {
-    const bool is_edge = is_elsewhere_ && dynamic_cast<Halving*>(&mask) != nullptr;
-    has_edge_ = has_edge_ || is_edge;
-    return is_edge;
-  }
-  void step(const Slice& from, const Slice& to) override {
+  explicit Times(Events& events) : events_(events) {}
+  void start(const Slice& from, const Slice& to, const SliceRequest& request) override {
+    EXPECT_EQ(request.mask, nullptr);
     events_.emplace_back("step");
     for (int s = 0; s < kSamples; ++s) to.E[s] = from.E[s] * to.N[s], to.F[s] = 5;
   }
-  void begin(const Slice& from, const Slice& to, const StepOrder& order) override {
-    if (!is_elsewhere_) return Stepper::begin(from, to, order);
-    events_.emplace_back(from.is_as_made ? "begin" : "begin from the host");
-    parts_ = order.parts;
-    last_ = here_;
-    if (!from.is_as_made) last_ = from.E[1];
-    here_ = last_ * to.N[1];
-    made_ = to.E;
-    if (order.is_masked && has_edge_) here_ *= 0.5;
-  }
-  void finish(Slice& to) override {
-    if (!is_elsewhere_) return;
-    events_.emplace_back("finish");
-    if (parts_.E)
-      for (int s = parts_.first_row; s < std::min(parts_.end_row, kSamples); ++s) to.E[s] = here_;
-    if (parts_.F) std::fill_n(to.F, kSamples, 5.0);
-    if (parts_.flux) to.flux = 5.0 * kSamples;
-    if (parts_.health) to.health = Health::kLight;
-    to.is_as_made = true;
-  }
-  void look_ahead(const Slice& from, const Slice& to) override {
-    events_.push_back("look " + std::to_string(std::lround(from.N[0].real())) + " " +
-                      std::to_string(std::lround(to.N[0].real())));
-  }
-  [[nodiscard]] bool is_elsewhere() const override { return is_elsewhere_; }
-  [[nodiscard]] double seconds_between() const override { return is_elsewhere_ ? 1000.0 : 0.0; }
-  void bring_field(const Slice& slice) override {
-    if (is_elsewhere_ && slice.is_as_made)
-      std::fill_n(slice.E, kSamples, slice.E == made_ ? here_ : last_);
-  }
-  [[nodiscard]] const char* sum_taken() const override { return "product"; }
+  StepResult wait() override { return {.sum = Sum::kTransforms, .error = 0.25}; }
 
  private:
   Events& events_;
-  bool is_elsewhere_;
-  bool has_edge_ = false;
-  SliceParts parts_;
-  cpx here_, last_;
-  const cpx* made_ = nullptr;
 };
 
-// Looks at the second sample of every other slice, and at all sums.
+// The same on a device, which keeps the field to itself and copies what is requested of it.
+class TimesOnDevice : public Stepper, public SliceDevice {
+ public:
+  explicit TimesOnDevice(Events& events) : events_(events) {}
+  void start(const Slice& from, const Slice& to, const SliceRequest& request) override {
+    events_.emplace_back(from.on_device ? "start" : "start from the host");
+    request_ = request;
+    last_ = from.on_device ? here_ : from.E[1];
+    here_ = last_ * to.N[1];
+    made_ = to;
+    taken_ = 0;
+    if (request.mask == nullptr) return;
+    const double factor = request.mask->factors().columns[0];
+    taken_ = kSamples * (1 - factor * factor) * std::norm(here_);
+    here_ *= factor;
+  }
+  StepResult wait() override {
+    events_.emplace_back("wait");
+    if (request_.E)
+      for (int s = request_.first_row; s < std::min(request_.end_row, kSamples); ++s)
+        made_.E[s] = here_;
+    if (request_.F) std::fill_n(made_.F, kSamples, 5.0);
+    StepResult result = {.sum = Sum::kTransforms, .seconds = 1000, .taken = taken_, .error = 0.25};
+    if (request_.flux) result.flux = 5.0 * kSamples;
+    if (request_.state) result.state = FieldState::kLight;
+    return result;
+  }
+  void prefetch(const Slice& from, const Slice& to) override {
+    events_.push_back("prefetch " + std::to_string(std::lround(from.N[0].real())) + " " +
+                      std::to_string(std::lround(to.N[0].real())));
+  }
+  void fetch_field(const Slice& slice) override {
+    events_.emplace_back("fetch");
+    std::fill_n(slice.E, kSamples, slice.E == made_.E ? here_ : last_);
+  }
+
+ private:
+  Events& events_;
+  SliceRequest request_;
+  cpx here_, last_;
+  double taken_ = 0;
+  Slice made_{};
+};
+
+// Requires the second sample of every other slice, and all sums.
 class Second : public Sink {
  public:
   explicit Second(Events& events) : events_(events) {}
   void take(int k, const Slice& slice) override {
-    const double flux = slice.flux.value_or(slice.F[0] + slice.F[1]);
     const double field = k % 2 != 0 ? slice.E[1].real() : 0.0;
     events_.push_back("take " + std::to_string(k));
-    seen.insert(seen.end(), {field, k == 0 ? 0.0 : flux});
+    seen.insert(seen.end(), {field, k == 0 ? 0.0 : slice.flux});
   }
-  [[nodiscard]] SliceParts looks_at(int k) const override {
-    SliceParts parts = {.E = k % 2 != 0};
-    parts.flux = true;
-    parts.first_row = 1;
-    return parts;
+  [[nodiscard]] SliceRequest required(int k) const override {
+    SliceRequest request = {.E = k % 2 != 0};
+    request.flux = true;
+    request.first_row = 1;
+    return request;
   }
   void finish() override { events_.emplace_back("close"); }
-  Mark mark() override { return {}; }
-  void go_back_to(const Mark& /*mark*/) override {}
+  SinkState save() override { return {}; }
+  void restore(const SinkState& /*state*/) override {}
 
   std::vector<double> seen;
 
@@ -156,12 +169,12 @@ class Second : public Sink {
   Events& events_;
 };
 
-// Wants the whole field of slices 2 and 4.
-class Keeper : public SliceWatcher {
+// Requires the whole field of slices 2 and 4.
+class Keeper : public SliceObserver {
  public:
-  bool wants_field(int k) override { return k == 2 || k == 4; }
-  void slice_done(int k, const Slice& slice) override {
-    if (wants_field(k)) seen.insert(seen.end(), {slice.E[0].real(), slice.E[1].real()});
+  bool requires_field(int k) override { return k == 2 || k == 4; }
+  void slice_done(int k, const Slice& slice, const StepResult& /*step*/) override {
+    if (requires_field(k)) seen.insert(seen.end(), {slice.E[0].real(), slice.E[1].real()});
   }
   std::vector<double> seen;
 };
@@ -169,121 +182,133 @@ class Keeper : public SliceWatcher {
 struct Outcome {
   Events events;
   std::vector<double> taken, kept;
+  double taken_by_mask = 0;
   std::string verdict;
-  MarchTimes times;
+  PropagationTotals totals;
 };
 
 struct Settings {
   int nz = 5;
-  bool is_elsewhere = false;
+  bool on_device = false;
   bool are_kept = false;
-  int behind = kFromTheEntry;
+  int after = kFromTheEntry;
   double screen = 2.0;
 };
 
-Outcome marched(const Settings& settings) {
+Outcome propagated(const Settings& settings) {
   Outcome outcome;
-  TwoSlices slices(outcome.events, settings.are_kept);
-  slices.begin_at(std::max(settings.behind, 0));
-  Times stepper(outcome.events, settings.is_elsewhere);
+  Times host(outcome.events);
+  TimesOnDevice device(outcome.events);
+  TwoSlices slices(outcome.events, settings.on_device ? &device : nullptr, settings.are_kept,
+                   std::max(settings.after, 0));
+  Stepper& stepper = settings.on_device ? static_cast<Stepper&>(device) : host;
   Second sink(outcome.events);
   Screen screen(settings.screen);
   Halving halving(outcome.events);
   Keeper keeper;
-  HealthWatch health(kSamples);
+  FieldCheck check(kSamples);
   FieldMask* masks[] = {&screen, &halving};
   Sink* sinks[] = {&sink};
-  SliceWatcher* watchers[] = {&keeper, &health};
-  march(grid_of(settings.nz), slices, stepper, masks, sinks, watchers, settings.behind,
-        outcome.times);
+  SliceObserver* observers[] = {&keeper, &check};
+  propagate(grid_of(settings.nz), slices, stepper, masks, sinks, observers, settings.after,
+            outcome.totals);
   outcome.taken = sink.seen;
   outcome.kept = keeper.seen;
-  outcome.verdict = health.verdict();
+  outcome.taken_by_mask = halving.taken;
+  outcome.verdict = check.verdict();
   return outcome;
 }
 
 // Slice k is painted with index k + 1, and halved: 1, 1, 1.5, 3 doubled, 15.
-TEST(March, GivesTheSameSlicesWhereverStepsAreMade) {
-  for (const bool is_elsewhere : {false, true}) {
+TEST(Propagate, GivesTheSameSlicesOnHostAndDevice) {
+  for (const bool on_device : {false, true}) {
     for (const bool are_kept : {false, true}) {
-      const Outcome outcome = marched({.is_elsewhere = is_elsewhere, .are_kept = are_kept});
+      const Outcome outcome = propagated({.on_device = on_device, .are_kept = are_kept});
       EXPECT_EQ(outcome.taken, (std::vector<double>{0, 0, 1, 10, 0, 10, 6, 10, 0, 10}));
       EXPECT_EQ(outcome.kept, (std::vector<double>{1.5, 1.5, 15, 15}));
       EXPECT_EQ(outcome.verdict, "");
+      // 2 * 3/4 of the squares before halving: 2, 3, 12, 30.
+      EXPECT_EQ(outcome.taken_by_mask, 1.5 * (4 + 9 + 144 + 900));
+      EXPECT_EQ(outcome.totals.transforms, 4);
+      EXPECT_EQ(outcome.totals.error, 0.25);
     }
-    // Behind slice 2, of which the field is 1 here.
-    const Outcome rest = marched({.is_elsewhere = is_elsewhere, .behind = 2});
+    // After slice 2, of which the field is 1 here.
+    const Outcome rest = propagated({.on_device = on_device, .after = 2});
     EXPECT_EQ(rest.taken, (std::vector<double>{4, 10, 0, 10}));
     EXPECT_EQ(rest.kept, (std::vector<double>{10, 10}));
     for (const int nz : {0, 1})
-      EXPECT_EQ(marched({.nz = nz, .is_elsewhere = is_elsewhere}).taken.size(),
+      EXPECT_EQ(propagated({.nz = nz, .on_device = on_device}).taken.size(),
                 2U * static_cast<unsigned>(nz));
-    // What a stepper says of a slice is no longer true when a mask has been over it.
-    const Outcome dark = marched({.is_elsewhere = is_elsewhere, .screen = 0.0});
+    // The state that a stepper found is not that of a slice which a mask changed.
+    const Outcome dark = propagated({.on_device = on_device, .screen = 0.0});
     EXPECT_TRUE(dark.verdict.starts_with("the field is zero from slice 3 on")) << dark.verdict;
   }
 }
 
-// A step of the host is handed over as soon as it is made, so that a stopped run loses none. While
-// one goes on elsewhere, the slice behind it is handed over, the one ahead is painted, and the
-// stepper may look at it. A mask
-// that is laid here has all masks of its slice laid here, and the field goes back.
-TEST(March, WorksWhileAStepGoesOnElsewhere) {
-  EXPECT_EQ(marched({.nz = 3}).events,
+// A step of the host is handed over as soon as it is made, so that a stopped run loses none. During
+// a step of a device the slice before it is handed over, the one after it is painted, and its step
+// prefetched. A slice with several masks is masked on the host, and the field goes back.
+TEST(Propagate, WorksDuringAStepOfADevice) {
+  EXPECT_EQ(propagated({.nz = 3}).events,
             (Events{"paint 0", "take 0", "paint 1", "step", "halve 1", "take 1", "paint 2", "step",
                     "halve 2", "take 2", "close"}));
-  const Outcome elsewhere = marched({.is_elsewhere = true});
-  EXPECT_EQ(elsewhere.events, (Events{"paint 0",
+  const Outcome on_device = propagated({.on_device = true});
+  EXPECT_EQ(on_device.events, (Events{"paint 0",
                                       "paint 1",
-                                      "begin from the host",
+                                      "prefetch 1 2",
+                                      "start from the host",
                                       "take 0",
                                       "paint 2",
-                                      "look 2 3",
-                                      "finish",
-                                      "begin",
+                                      "prefetch 2 3",
+                                      "wait",
+                                      "start",
                                       "take 1",
                                       "paint 3",
-                                      "look 3 4",
-                                      "finish",
-                                      "begin",
+                                      "prefetch 3 4",
+                                      "wait",
+                                      "start",
                                       "take 2",
+                                      "fetch",
                                       "paint 4",
-                                      "look 4 5",
-                                      "finish",
+                                      "prefetch 4 5",
+                                      "wait",
                                       "halve 3",
-                                      "begin from the host",
+                                      "start from the host",
                                       "take 3",
-                                      "finish",
+                                      "wait",
                                       "take 4",
+                                      "fetch",
                                       "close"}));
-  EXPECT_NEAR(elsewhere.times.steps, 4000, 1);
+  EXPECT_NEAR(on_device.totals.steps, 4000, 1);
 }
 
-// A sink of nothing but what it looks at.
-class Looking : public Sink {
+// A sink of nothing but what it requires.
+class Requiring : public Sink {
  public:
-  explicit Looking(const SliceParts& parts) : parts_(parts) {}
+  explicit Requiring(const SliceRequest& parts) : request_(parts) {}
   void take(int /*k*/, const Slice& /*slice*/) override {}
-  [[nodiscard]] SliceParts looks_at(int k) const override { return k == 1 ? parts_ : SliceParts{}; }
-  Mark mark() override { return {}; }
-  void go_back_to(const Mark& /*mark*/) override {}
+  [[nodiscard]] SliceRequest required(int k) const override {
+    return k == 1 ? request_ : SliceRequest{};
+  }
+  SinkState save() override { return {}; }
+  void restore(const SinkState& /*state*/) override {}
 
  private:
-  SliceParts parts_;
+  SliceRequest request_;
 };
 
-TEST(Sinks, TogetherLookAtTheRectangleThatHoldsAll) {
+TEST(Sinks, TogetherRequireTheRectangleAroundAll) {
   Grid grid;
   grid.nx = 9, grid.ny = 7;
-  Looking some({.E = true, .first_row = 3, .end_row = 5, .first_column = 1, .end_column = 4});
-  Looking others({.N = true, .flux = true, .first_row = 2, .end_row = 3, .first_column = 6});
-  Looking sum({.flux = true});
+  Requiring some({.E = true, .first_row = 3, .end_row = 5, .first_column = 1, .end_column = 4});
+  Requiring others({.N = true, .flux = true, .first_row = 2, .end_row = 3, .first_column = 6});
+  Requiring sum({.flux = true});
   for (const auto& sinks : {std::vector<Sink*>{&some, &others, &sum}, {&sum, &others, &some}}) {
-    const SliceParts all = looked_at(sinks, 1, grid);
+    const SliceRequest all = required_by(sinks, 1, grid);
     EXPECT_TRUE(all.E && !all.F && all.N && all.flux);
     EXPECT_EQ((std::array{all.first_row, all.end_row, all.first_column, all.end_column}),
               (std::array{2, 5, 1, 9}));
-    const SliceParts nothing = looked_at(sinks, 2, grid);
+    const SliceRequest nothing = required_by(sinks, 2, grid);
     EXPECT_FALSE(nothing.E || nothing.F || nothing.N || nothing.flux);
   }
 }
