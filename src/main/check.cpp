@@ -64,8 +64,9 @@ void report_components(const Run& run) {
 std::string sum_in_words(const Run& run, const IndexSurvey& found) {
   const auto transformed = static_cast<int>(found.transformed_steps);
   const int direct = std::max(0, run.grid.nz - 1) - transformed;
-  if (!run.options.is_fast || transformed == 0) return "direct sum";
-  if (direct == 0) return "transforms";
+  const bool is_on_device = run.options.is_gpu && !run.options.is_cpu;  // it does not choose
+  if (!run.options.is_fast || (transformed == 0 && !is_on_device)) return "direct sum";
+  if (direct == 0 || is_on_device) return "transforms";
   return joined("transforms in ", transformed, " steps, direct sum in ", direct);
 }
 
