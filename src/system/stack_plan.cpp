@@ -29,7 +29,8 @@ LayerPlace LayerStack::add(const struct_layer& l) {
     return place;
   }
   LayerPlace place = place_alone(l, so_.izlast);
-  if (l.t == SCREEN || kind_of(l.t) == nullptr) {
+  // Painted over nothing: the run is refused for it.
+  if (l.t == SCREEN || kind_of(l.t) == nullptr || l.over) {
     place.is_stacked = false;
     return place;
   }
