@@ -10,7 +10,7 @@
 
 namespace {
 
-// The prescribed propagation: whole volumes, one call.
+// The reference: whole volumes, one call.
 double propagate_reference(Run& run) {
   const Grid& g = run.grid;
   const wpm::Axes& a = run.axes;

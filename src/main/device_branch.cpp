@@ -55,7 +55,7 @@ void report_shared_memory_kernel(const Options& options) {
               << std::endl;
 }
 
-// The prescribed propagation of whole volumes. A kernel number other than 0 and 1 propagates
+// The direct kernel on whole volumes. A kernel number other than 0 and 1 propagates
 // nothing.
 double propagate_volumes(const Run& run, const DeviceArrays& d) {
   const Options& options = run.options;

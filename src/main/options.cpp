@@ -12,7 +12,7 @@
 
 namespace {
 
-// Reads values as the prescribed reader does, but for one that is missing.
+// Reads values by the readers of inc, but for one that is missing.
 class Reader {
  public:
   Reader(int argc, char* argv[], std::string& dangling)

@@ -6,7 +6,7 @@
 #include "main/run.h"
 
 // Whether the device branch is one that can take steps: a kernel that propagates and a block that
-// can be launched. Others keep the prescribed way, which ends as prescribed.
+// can be launched. Others run on whole volumes.
 bool device_can_step(const Options& options);
 
 // Whether a run that may be streamed is; false without --fast and --stream.

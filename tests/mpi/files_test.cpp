@@ -104,7 +104,7 @@ void expect_same_files(const TempDir& one, const TempDir& many) {
           columns[second][c].push_back((second ? b : a)[row][c]);
         }
     }
-    // Six digits in the prescribed files, one of which may be a rounding away.
+    // Six digits in the cross-sections, one of which may be a rounding away.
     const bool is_ours = name.find("cpu") == std::string::npos;
     for (std::size_t c = 0; c < columns[0].size(); ++c)
       expect_near(columns[0][c], columns[1][c], is_ours ? 1e-9 : 1e-5,
