@@ -88,7 +88,7 @@ TEST(Starts, AloneWithoutMpi) {
   const TempDir usual;
   for (const TempDir* folder : {&alone, &usual}) folder->write("a.cfg", scene(8));
   const std::string command = "exec \"$ZERITH\" -q -i a.cfg -p --fast -x 1 -l 12";
-  const RunResult run = run_shell(alone, "ulimit -n 10; export TMPDIR=/none; " + command);
+  const RunResult run = run_shell(alone, "ulimit -n 20; export TMPDIR=/none; " + command);
   EXPECT_EQ(std::tuple(run.status, run.err), std::tuple(0, ""));
   EXPECT_EQ(run_shell(usual, mpirun(1) + command.substr(5)).status, 0);
   expect_same_files(usual, alone);
