@@ -9,7 +9,7 @@
 #include "system/keys.h"
 #include "system/lint_context.h"
 
-// A value of 0 is what the key has anyway, if it takes that.
+// Whether the value is 0, the default, and the key accepts it.
 bool is_default(const GivenKey& key) {
   double value = 0;
   return read_real(key.value, value).kind == Reading::kRead && value == 0 && key.refused.empty();
@@ -46,10 +46,10 @@ void LintContext::warn(int line, const char* tag, const std::string& text) const
 
 namespace {
 
-// A bound that is just met is met, whatever the last bits say.
+// Tolerance: rounding does not violate a bound that is just met.
 constexpr double kSlack = 1 + 1e-9;
 
-// What the domain needs to be one.
+// Checks extents, samples and polarization.
 void advise_on_domain(const LintContext& scene) {
   const struct_sysOptions& so = scene.d.so;
   const GivenKeys& keys = scene.d.global_keys;
@@ -79,7 +79,7 @@ void advise_on_spacing(const LintContext& scene, const std::string& axis, int sa
              std::ceil(extent / limit / kSlack)));
 }
 
-// Where the index varies, its phase masks must be thin.
+// Phase masks must be thin if the index varies sideways.
 void advise_on_steps(const LintContext& scene) {
   const struct_sysOptions& so = scene.d.so;
   for (std::size_t i = 0; i < scene.d.layers.size(); ++i) {

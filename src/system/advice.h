@@ -1,9 +1,9 @@
-// What can be said of a scene before it is run: what is likely no one's intention.
+// Warnings about likely mistakes in a scene before it is run.
 #pragma once
 
 #include "system/description.h"
 
-// Warns, with file and line, of a grid too coarse for the wavelength, of waves that are dark, not
-// finite, replaced, out of the domain or at odds with its edges, and of layers that are cut,
-// rounded up, empty or given keys that their kind does not use. Says nothing of a scene in order.
+// Warns, with file and line, of a grid too coarse for the wavelength. Warns of waves that are dark,
+// not finite, replaced, outside the domain or discontinuous at its edges. Warns of layers that are
+// cut, rounded up, empty or have keys that their kind does not use.
 void advise(const Description& d);

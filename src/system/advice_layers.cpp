@@ -1,4 +1,4 @@
-// What is likely no one's intention among the layers.
+// Warnings about likely mistakes in the layers.
 #include <algorithm>
 #include <cmath>
 #include <string_view>
@@ -85,7 +85,7 @@ void advise_on_thickness(const LintContext& scene, std::size_t i) {
                       "; choose nz so that dz divides it, and all behind it lies where it should"));
 }
 
-// Slices beyond the domain that layers ask for. What rounding alone brings about is said there.
+// Warns of slices that layers need beyond the domain, unless rounding alone causes them.
 void advise_on_end(const LintContext& scene) {
   const int nz = scene.d.so.nz;
   double total = 0;

@@ -1,4 +1,4 @@
-// What is likely no one's intention among the incident waves.
+// Warnings about likely mistakes in the incident waves.
 #include <cmath>
 #include <iomanip>
 
@@ -26,7 +26,7 @@ void advise_on_amplitude(const LintContext& scene, const struct_emfield& wave,
                 " is 0: the field is not finite; give both widths, or waist"));
 }
 
-// A key of another shape.
+// Warns of keys of another shape.
 void advise_on_keys(const LintContext& scene, const struct_emfield& wave, const GivenKeys& keys) {
   for (const GivenKey& key : keys)
     if (!is_used(wave, key.name) && !is_default(key))
@@ -48,8 +48,8 @@ void advise_on_place(const LintContext& scene, const struct_emfield& wave, const
                       " from its middle"));
 }
 
-// The domain repeats sideways: a plane wave meets itself at its sides if it runs through a whole
-// number of cycles along x and along y.
+// The domain is periodic sideways. A plane wave is continuous at its sides if a whole number of
+// cycles fits x and y.
 void advise_on_direction(const LintContext& scene, const struct_emfield& wave) {
   const struct_sysOptions& so = scene.d.so;
   if (!(scene.entry > 0) || !(wave.lambda > 0) || so.edge > 0) return;

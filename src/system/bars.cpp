@@ -1,4 +1,4 @@
-// Gratings of equal bars: exactly the share of the period that is asked for.
+// Gratings of equal bars with the exact share of the period.
 #include <algorithm>
 #include <cmath>
 
@@ -9,12 +9,12 @@ namespace {
 
 constexpr int kLevels = 64;  // if the file gives none
 
-// Bars of a width at every period along an axis, one of them in the middle. Positions in file units
+// Bars of equal width at every period along an axis, one in the middle. Positions are in file units
 // from the grid's first sample.
 struct BarsAlong {
   double middle, period, width;
 
-  // Length of bar between 0 and a position; negative to the left.
+  // Length of bar from 0 to a position; negative to the left.
   [[nodiscard]] double up_to(double position) const {
     const double periods = (position - middle + 0.5 * width) / period;
     const double whole = std::floor(periods);
@@ -26,8 +26,8 @@ struct BarsAlong {
   }
 };
 
-// The share of bar in each sample's cell, which is centred on it; with one level that of the sample
-// itself. None at all without a period.
+// The share of bar in each sample's cell, centred on the sample. With one level it is that of the
+// sample itself. 0 without a period.
 std::vector<double> shares_of(const BarsAlong& bars, int n, double spacing, int levels) {
   std::vector<double> shares;
   for (int i = 0; i < n; ++i) {
@@ -43,7 +43,7 @@ std::vector<double> shares_of(const BarsAlong& bars, int n, double spacing, int 
   return shares;
 }
 
-// Bars across x, across y or both, by which periods are given.
+// Bars across x, y or both, depending on the periods given.
 class EqualBars : public Rule {
  public:
   EqualBars(const struct_sysOptions& so, const struct_layer& l)
@@ -73,8 +73,8 @@ class EqualBars : public Rule {
 
   static std::vector<double> along(int n, double spacing, double offset, double period, double duty,
                                    int levels) {
-    // The middle of all cells, half a spacing before sample n/2: bars of an even number of samples
-    // then end between two of them, not on one, and cut none.
+    // The middle of all cells is half a spacing before sample n/2. Bars of an even number of
+    // samples then end between samples and cut none.
     return shares_of({0.5 * (n - 1) * spacing + offset, period, duty * period}, n, spacing, levels);
   }
 

@@ -1,4 +1,4 @@
-// Where components paint: the index volume or a window of it.
+// The target of painting: the index volume or a window of it.
 #pragma once
 
 #include <algorithm>
@@ -9,9 +9,9 @@
 
 class Canvas {
  public:
-  // N is [window.slices()][window.rows()][nx]. The row step is ny on grids that are not square:
-  // the index volume is defined so, and the rows overlap or leave gaps. The window must then be
-  // the whole volume.
+  // N is [window.slices()][window.rows()][nx]. The row step is ny on grids that are not square: the
+  // index volume is defined so. Rows then overlap or leave gaps, and the window must be the whole
+  // volume.
   Canvas(cpx* N, const Frame& frame, const Window& window)
       : N_(N),
         window_(window),
@@ -24,7 +24,7 @@ class Canvas {
   [[nodiscard]] int first_row() const { return window_.y_begin; }
   [[nodiscard]] int end_row() const { return window_.y_end; }
 
-  // Samples begin..end-1 of a row, those that are in the array.
+  // Samples begin..end-1 of a row that are in the array.
   class Row {
    public:
     Row(cpx* voxels, int begin_, int end_) : begin(begin_), end(end_), voxels_(voxels) {}

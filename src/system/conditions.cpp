@@ -10,7 +10,7 @@
 
 namespace {
 
-// Ends the process unless the condition holds.
+// Throws Error unless the condition is true.
 class Require {
  public:
   Require(const Description& d, const char* tag, int line)
@@ -29,7 +29,7 @@ void require_global(const Description& d) {
           "edge is wider than half the domain; make it smaller, or x and y larger");
 }
 
-// A mode's r, n and ne are numbers in full, which the keys themselves do not insist on.
+// Checks that r, n and ne of a mode are full numbers; the keys do not.
 void require_full_numbers(const Description& d, const GivenKeys& keys) {
   for (const GivenKey& key : keys) {
     if (key.name != "r" && key.name != "n" && key.name != "ne") continue;
@@ -40,7 +40,7 @@ void require_full_numbers(const Description& d, const GivenKeys& keys) {
   }
 }
 
-// Each value of a key that the kind uses must be one that the key takes.
+// Checks that the keys that the kind uses have accepted values.
 template <typename Record>
 void require_values(const Description& d, const std::string& tag, const Record& record,
                     const GivenKeys& keys) {

@@ -6,10 +6,10 @@
 
 #include "system/system.h"
 
-// Sizes and spacings, made once and handed to every loop. Sizes are those of the file, 0 included.
+// Sizes and spacings, made once and passed to every loop. Sizes are those of the file, 0 included.
 struct Grid {
   int nx = 0, ny = 0, nz = 0;
-  double dx = 0, dy = 0, dz = 0;  // m; bare products, 0 where the file gives no extent
+  double dx = 0, dy = 0, dz = 0;  // m; bare products, 0 if the file gives no extent
   double metres = 1;              // per file unit
 
   Grid() = default;
@@ -19,13 +19,13 @@ struct Grid {
   [[nodiscard]] double ay() const { return ny * dy; }
   [[nodiscard]] double az() const { return nz * dz; }
 
-  // Samples of a slice; voxels of the volume, which may be more than an int counts.
+  // Samples of a slice; voxels of the volume, which may exceed an int.
   [[nodiscard]] std::size_t plane() const;
   [[nodiscard]] std::size_t voxels() const;
 
   [[nodiscard]] bool is_square() const { return nx == ny; }
 
-  // Where a sample lies, m: 0 at sample n/2; z from the entry.
+  // The position of a sample, m: 0 at sample n/2; z from the entry.
   [[nodiscard]] double x(int i) const {
     const int middle = nx / 2;
     return (i - middle) * dx;
@@ -37,7 +37,7 @@ struct Grid {
   [[nodiscard]] double z(int k) const { return k * dz; }
 };
 
-// A range of rows and of slices of a grid: what a stream or a rank keeps.
+// A range of rows and of slices of a grid: the part of a stream or a rank.
 struct Window {
   int y_begin = 0, y_end = 0;
   int z_begin = 0, z_end = 0;
@@ -48,7 +48,7 @@ struct Window {
   [[nodiscard]] int slices() const { return z_end - z_begin; }
 };
 
-// Samples of the rows that a window has of a slice.
+// The number of samples in a window's rows of a slice.
 inline std::size_t plane_of(const Grid& grid, const Window& window) {
   return static_cast<std::size_t>(std::max(grid.nx, 0)) *
          static_cast<std::size_t>(std::max(window.rows(), 0));

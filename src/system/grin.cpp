@@ -10,9 +10,9 @@ namespace {
 constexpr int kLevels = 64;  // if the file gives none
 
 // n(rho) = n sqrt(1 - (g rho)^2) within r (Saleh & Teich, Fundamentals of Photonics, 1.3-8, before
-// its root is expanded), so that rays of small angle repeat themselves after 2 pi/g. The index
-// between axis and rim is cut into steps of equal height, and each stands for its middle: that errs
-// by half a step at most and by none on average.
+// its root is expanded). Rays of small angle repeat after 2 pi/g. The index from axis to rim has
+// steps of equal height, each at the value of its middle. The error is at most half a step and 0 on
+// average.
 class GradedRod : public Rule {
  public:
   GradedRod(const struct_sysOptions& so, const struct_layer& l)

@@ -53,8 +53,8 @@ class Guide : public StraightCore {
   double radius_;
 };
 
-// A guide whose axis leans: it passes the centre at its first slice. Round square to the axis, so
-// an ellipse in a slice.
+// A guide with a tilted axis through the centre at its first slice. It is round in the plane normal
+// to the axis, an ellipse in a slice.
 class LeaningGuide : public StraightCore {
  public:
   LeaningGuide(const struct_sysOptions& so, const Slab& slab, const struct_layer& l)
@@ -89,7 +89,7 @@ class LeaningGuide : public StraightCore {
   Tilt tilt_;
 };
 
-// What lies within radii that change from one to the other through a slice.
+// The reach of radii that change from one to other through a slice.
 Reach between(double one, double other) {
   const bool closes = (one < 0) != (other < 0);
   return {closes ? 0.0 : std::min(std::fabs(one), std::fabs(other)),
@@ -136,7 +136,7 @@ class SplitterArm : public RoundBody {
         slope_((l.rout - l.rin) / slab.taken) {}
 
  private:
-  // Slices behind the first one, by which centre and radius go.
+  // Slices after the first one; centre and radius depend on it.
   [[nodiscard]] double way(int iz, double depth) const { return iz - start_ + depth; }
   // Starts at 0 (the constant is the arctangent of pi) and rises towards 1.61, not 1: the final
   // displacement is about 1.6 times wx and wy.

@@ -13,14 +13,14 @@ namespace {
 
 constexpr int kLevels = 256;  // if the layer gives none
 
-// Where a sample of the run lies along an axis of the file: between two samples of it, or at one.
+// The position of a sample along an axis of the file: between two of its samples, or at one.
 struct Between {
   int lower = 0, upper = 0;
   double weight = 0;  // of the upper one
   bool is_within = true;
 };
 
-// Beyond the file the outermost sample goes on; within half a sample of it, the file does.
+// Beyond the file its outermost sample continues. is_within includes half a sample around it.
 Between place_between(double place, int n, bool interpolates) {
   Between found;
   found.is_within = place >= -0.5 && place <= n - 0.5;
@@ -67,7 +67,7 @@ class FileRule : public Rule {
     }
   }
 
-  // Slices of the file that are equal are known since it was looked through.
+  // look_through() has found the equal slices of the file.
   void sign(int iz, Signature& signature) const override {
     const Between z = slice(iz);
     if (is_over_ && !z.is_within) return;
@@ -100,7 +100,7 @@ class FileRule : public Rule {
     return place_between(volume_.slice_of(iz - start_), volume_.set().slices(), interpolates_);
   }
 
-  // Slices of the file come in order, so the last two that were read will do.
+  // Slices of the file come in order, so the last two are enough.
   [[nodiscard]] const std::vector<cpx>& plane(int k) const {
     Plane& kept = kept_[static_cast<std::size_t>(k % 2)];
     if (kept.k != k) volume_.read(k, kept.indices);
@@ -108,7 +108,7 @@ class FileRule : public Rule {
     return kept.indices;
   }
 
-  // Reads everything once: what is wrong with the file is said before the run writes anything.
+  // Reads everything once, so that errors in the file appear before the run writes anything.
   void look_through() {
     std::vector<cpx> before;
     for (int k = 0; k < volume_.set().slices(); ++k) {
@@ -138,7 +138,7 @@ class FileRule : public Rule {
   IndexVolume volume_;
   Palette palette_;
   std::vector<Between> columns_, rows_;
-  std::vector<int> stretches_;  // of equal slices of the file
+  std::vector<int> stretches_;  // uniform segment of each slice of the file
   mutable std::array<Plane, 2> kept_;
 };
 

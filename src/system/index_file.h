@@ -8,10 +8,10 @@
 #include "system/slab.h"
 #include "system/system.h"
 
-// The steps that indices from a file are rounded to, so that few pairs of indices meet in a step of
-// the field. As many values as there are levels or fewer stand as they are. Otherwise index and
-// extinction each go to the nearest of so many values between the least and the largest: light then
-// errs by half a step of index, in waves for each wavelength of depth, at most.
+// Rounds the indices of a file, so that a step of the field has few pairs of indices. Up to as many
+// values as there are levels are unchanged. Otherwise index and extinction are each rounded to that
+// many values between least and largest. The phase error is then at most half an index step, in
+// waves per wavelength of depth.
 class Palette {
  public:
   explicit Palette(int levels) : levels_(levels) {}
@@ -20,26 +20,26 @@ class Palette {
   [[nodiscard]] bool is_exact() const { return seen_.size() <= static_cast<std::size_t>(levels_); }
   // Of index; 0 with one level.
   [[nodiscard]] double step() const;
-  // is_sample: the value stands in the file, and is not a mean of those there.
+  // is_sample: the value is a sample of the file, not a mean.
   [[nodiscard]] cpx round(const cpx& value, bool is_sample) const;
 
  private:
   int levels_;
-  std::vector<cpx> seen_;  // in order, up to one more than there are levels
+  std::vector<cpx> seen_;  // in order, at most one more than the levels
   double least_n_ = 0, most_n_ = 0, least_k_ = 0, most_k_ = 0;
   bool is_empty_ = true;
 };
 
-// The data set of a layer and where its samples lie.
+// The data set of a layer and the positions of its samples.
 class IndexVolume {
  public:
-  // Opens the file. Ends the process if it cannot be used, or nothing says how it is sampled.
+  // Opens the file. Throws Error if it cannot be used or its sampling is unknown.
   IndexVolume(const struct_sysOptions& so, const struct_layer& l);
 
   // In slices of the run, from its first one to the end of its last.
   [[nodiscard]] double depth() const;
 
-  // Where slice, row and column of the run lie in the file, counted in its samples.
+  // The position of a slice, row or column of the run, in samples of the file.
   [[nodiscard]] double slice_of(int slice_of_layer) const;
   [[nodiscard]] double row_of(int iy) const;
   [[nodiscard]] double column_of(int ix) const;

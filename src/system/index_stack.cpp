@@ -14,7 +14,7 @@ namespace {
 struct Placed {
   Slab slab;
   std::unique_ptr<Rule> rule;
-  bool is_over;  // leaves some of a slice as it is
+  bool is_over;  // leaves some of a slice unchanged
 };
 
 void warn_of_unpainted(const struct_sysOptions& so, const std::vector<Placed>& components) {
@@ -45,8 +45,8 @@ void require_in_domain(const struct_sysOptions& so, const struct_layer& screen) 
 struct IndexStack::Inside {
   explicit Inside(const struct_sysOptions& so) : grid(so), frame(so) {}
 
-  // The components that decide slice k, in the order of painting: the last one that fills it, and
-  // what is painted over that.
+  // The components of slice k in the order of painting: the last one that fills it, then those
+  // painted over it.
   std::vector<const Placed*> at(int k) const {
     std::vector<const Placed*> deciding;
     for (const Placed& c : components) {
@@ -98,7 +98,7 @@ struct IndexStack::Inside {
            stretches[static_cast<std::size_t>(k)] == stretches[static_cast<std::size_t>(k - 1)];
   }
 
-  // Where rows run into one another and over into later slices, the order of writing shows.
+  // The order of writing matters if rows overlap or extend into later slices.
   void paint_components(cpx* N, const Canvas& canvas, const Window& window, bool clears) const {
     const std::int64_t count =
         std::int64_t{frame.nx} * window.rows() * std::int64_t{window.slices()};
@@ -111,7 +111,7 @@ struct IndexStack::Inside {
   Grid grid;
   Frame frame;
   std::vector<Placed> components;
-  std::vector<int> stretches;  // of each slice
+  std::vector<int> stretches;  // uniform segment of each slice
   std::vector<Screen> screens;
   std::vector<LayerPlace> places;
 };

@@ -11,8 +11,8 @@ data::Dataset open(const struct_sysOptions& so, const struct_layer& l) {
           data::Layout::kVolume, data::place(so.sysname, l.line)};
 }
 
-// The keys of the layer come before the attributes of the file. A grid without an origin is
-// centred as that of the run is.
+// Keys of the layer override attributes of the file. A grid without an origin is centred like that
+// of the run.
 data::Sampling sampling_of(const data::Dataset& set, const struct_sysOptions& so,
                            const struct_layer& l, const Frame& frame) {
   data::Sampling sampling = set.sampling().value_or(data::Sampling{{0, 0, frame.dz}, {}});
@@ -32,7 +32,7 @@ data::Sampling sampling_of(const data::Dataset& set, const struct_sysOptions& so
   return sampling;
 }
 
-// A place that is a sample's but for rounding is that sample's.
+// A position within rounding of a sample is that sample's.
 double settled(double place) {
   constexpr double kClose = 1e-6;
   const double nearest = std::nearbyint(place);

@@ -58,8 +58,7 @@ constexpr Key<SO> kGlobalKeys[] = {
 
 using Wave = struct_emfield;
 
-// The field of a Gaussian wave is exp(-(x^2/sigmax^2)/pi): a waist, at which it is 1/e, is
-// sqrt(pi) times as long as a sigma.
+// The field of a Gaussian wave is exp(-(x^2/sigmax^2)/pi). Its 1/e waist is sqrt(pi) times sigma.
 template <auto... Sigmas>
 Reading waist(Wave& wave, const std::string& value) {
   double radius = 0;
@@ -84,7 +83,7 @@ constexpr Key<Wave> kWaveKeys[] = {
     {"waistx", waist<&Wave::sigmax>, {}, kinds(GAUSSIAN)},
     {"waisty", waist<&Wave::sigmay>, {}, kinds(GAUSSIAN)},
     {"add", strict_flag<&Wave::add>},
-    {"r", real<&Wave::r>},  // r, n, ne: loose in older files
+    {"r", real<&Wave::r>},  // r, n, ne: lenient, for older files
     {"n", real<&Wave::n>},
     {"ne", real<&Wave::ne>},
     {"file", name<&Wave::file>, {}, kinds(FIELD_FILE)},
@@ -140,7 +139,7 @@ constexpr Key<Layer> kLayerKeys[] = {
     {"interpolate", strict_flag<&Layer::interpolate>, {}, kinds(INDEX_FILE)},
 };
 
-// [fdtd] and [rcwa] have no keys and no closing tags here: they belong to other methods.
+// [fdtd] and [rcwa] have no keys and no closing tags: they belong to other methods.
 constexpr Tag kTags[] = {
     {"[global]", GLOBAL_S, NONE},    {"[wave]", WAVE_S, NONE},    {"[layer]", LAYER_S, NONE},
     {"[fdtd]", FDTD_S, NONE},        {"[rcwa]", RCWA_S, NONE},    {"[/global]", NONE, GLOBAL_E},

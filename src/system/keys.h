@@ -1,5 +1,5 @@
-// The vocabulary of the configuration file: which key of which section fills which field. The
-// parser, its suggestions, the tests and the manual all walk these tables.
+// The keys of the configuration file: each key of a section fills one field. The parser, its
+// suggestions, the tests and the manual all use these tables.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@
 #include "system/numbers.h"
 #include "system/system.h"
 
-// A set of layer kinds or wave shapes, a bit each.
+// A set of layer kinds or wave shapes, one bit each.
 using Kinds = std::uint32_t;
 
 template <typename... Enumerators>
@@ -22,8 +22,8 @@ constexpr Kinds kinds(Enumerators... each) {
 
 constexpr Kinds kEveryKind = ~Kinds{0};
 
-// A key stores the text of its value in the record and returns what it made of it. A word that is
-// none of the keywords, and a value that is refused, leave the record as it was.
+// A key stores the text of its value in the record and returns the result. An unknown word or a
+// refused value leaves the record unchanged.
 template <typename Record>
 struct Key {
   std::string_view name;

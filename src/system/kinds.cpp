@@ -10,8 +10,8 @@ double thickness_in_frame(const struct_sysOptions& so, const struct_layer& l) {
   return l.z / (frame.dz / frame.metres);
 }
 
-// The lens works on the file's spacing as it stands, without the metric factor and the substitute
-// of the others: a spacing of 0 takes no slice that could be painted.
+// The lens uses the file's spacing without the metric factor and the substitute of the others. A
+// spacing of 0 takes no slice that could be painted.
 double thickness_in_file_units(const struct_sysOptions& so, const struct_layer& l) {
   return l.z / so.dz;
 }

@@ -6,15 +6,15 @@
 
 namespace {
 
-// Works on the file's spacings and sizes as they stand, without the metric factor and the
-// substitutes of the other components.
+// Uses the spacings and sizes of the file, without the metric factor and the substitutes of the
+// other components.
 class Lens : public RoundBody {
  public:
   Lens(const struct_sysOptions& so, const Slab& slab, const struct_layer& l)
       : RoundBody(so, l), dz_(so.dz), moved_by_(l.dz), limit_(l.r * l.r) {
-    // The sphere touches the end of the component: a positive radius puts the vertex at the last
-    // slice, a negative one at the first with the centre behind it. A tilt turns the sphere about
-    // its vertex; the flat side stays in its slice.
+    // The sphere touches the end of the component. A positive radius puts the vertex at the last
+    // slice. A negative one puts it at the first, with the centre after it. A tilt rotates the
+    // sphere about its vertex; the flat side stays in its slice.
     const Tilt tilt(l);
     const double last = static_cast<double>(slab.start) + slab.taken - 1;
     const double vertex = l.r > 0 ? last * so.dz : slab.start * so.dz;

@@ -22,7 +22,7 @@ bool read_line(std::istream& file, Line& line) {
   std::array<char, MAX_CHARS_PER_LINE> buffer{};
   file.getline(buffer.data(), buffer.size());
   const auto count = static_cast<std::size_t>(file.gcount());
-  if (file.bad() || count == 0) return false;  // an empty line has counted its end
+  if (file.bad() || count == 0) return false;  // an empty line has a count of 1
   line.is_too_long = file.fail();
   line.text = buffer.data();
   // getline counts the end of the line, which it does not store

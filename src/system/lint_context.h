@@ -1,4 +1,4 @@
-// What advice is given on: a description, and what follows from it.
+// The input of lint: a description and values derived from it.
 #pragma once
 
 #include <string>
@@ -14,9 +14,9 @@ struct LintContext {
   const Description& d;
   std::vector<LayerPlace> places;
   double lambda;            // of the run, file units
-  double densest = 0;       // the largest index that a layer brings; 0 if none does
-  double entry = 0;         // the index of slice 0, or 0 if it varies or is not known
-  std::size_t counted = 0;  // the waves from here on make the field
+  double densest = 0;       // the largest index of any layer; 0 if none
+  double entry = 0;         // the index of slice 0; 0 if it varies or is unknown
+  std::size_t counted = 0;  // the first wave that contributes to the field
 
   // A warning that begins with the file, the line if it is not 0, and the section's tag.
   void warn(int line, const char* tag, const std::string& text) const;
@@ -24,7 +24,7 @@ struct LintContext {
 
 bool is_default(const GivenKey& key);
 
-// The keyword of this key that gives the field the value that it has in the record.
+// The keyword of this key for the value of the field in the record.
 template <typename Record, typename Kind>
 std::string_view word_of(std::span<const Key<Record>> keys, std::string_view name,
                          const Record& record, Kind Record::*field) {

@@ -15,7 +15,7 @@ Mix::Mix(const cpx& inside, const cpx& outside, int levels, bool is_over)
     : levels_(std::max(levels, 1)), is_over_(is_over), inside_(inside) {
   for (int step = 0; step < levels_; ++step)
     means_.push_back(outside + (inside - outside) * (static_cast<double>(step) / levels_));
-  means_.push_back(inside);  // to the bit
+  means_.push_back(inside);  // bit-identical
 }
 
 void Mix::lay(cpx& voxel, double share) const {

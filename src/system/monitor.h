@@ -1,4 +1,4 @@
-// Outputs that a configuration asks for: the records of its [monitor] sections.
+// Outputs of a configuration: the records of its [monitor] sections.
 #pragma once
 
 #include <optional>
@@ -8,11 +8,11 @@
 enum class MonitorType { kField, kBeam, kOverlap, kFocus };
 
 // One output. Lengths in the file's unit; x and y from the middle of the domain, z from the entry.
-// What the file does not give is empty or holds the default.
+// Values that the file does not give are empty or the default.
 struct Monitor {
   MonitorType type = MonitorType::kField;
   std::string file;  // relative to the working directory
-  int every = 1;     // every so many slices
+  int every = 1;     // interval in slices
 
   // A box; or one plane of it, the samples nearest to x, y or z. For tables x and y are a centre.
   std::optional<double> x1, x2, y1, y2, z1, z2;

@@ -17,7 +17,7 @@ constexpr Words<Monitor::Mode, 4> kModes = {
 constexpr Words<bool, 2> kPrecisions = {{"single", "double"}, {true, false}};
 constexpr Range kEvery = {1, 2147483647, false, "a whole number of 1 or more"};
 
-// A comma list of the fields to save; those that it leaves out are not saved.
+// A comma list of the fields to save; others are not saved.
 Reading save(Monitor& monitor, const std::string& value) {
   constexpr Words<bool Monitor::*, 4> kFields = {
       {"E", "intensity", "flux", "index"},

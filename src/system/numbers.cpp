@@ -9,7 +9,7 @@
 
 namespace {
 
-// Tabs and carriage returns are no blanks of the format, but do no harm behind a number.
+// Tabs and carriage returns are not blanks of the format, but may follow a number.
 bool is_at_end(const char* rest) {
   while (*rest == '\t' || *rest == '\r' || *rest == '\v' || *rest == '\f') ++rest;
   return *rest == '\0';
@@ -20,7 +20,7 @@ Reading partly(Number value, const char* wanted) {
   return {Reading::kPartly, joined("is read as ", value, "; write ", wanted)};
 }
 
-// Whether the text is a number from its first to its last character that a double holds.
+// Whether the whole text is a number that a double can represent.
 bool is_full_real(const std::string& text, double& value) {
   char* end = nullptr;
   errno = 0;

@@ -7,7 +7,7 @@
 
 namespace {
 
-// A kind of section that keys can be set in.
+// A kind of section with keys that can be set.
 struct SectionKind {
   std::string_view name;
   std::size_t count;  // sections in the configuration
@@ -40,7 +40,7 @@ std::size_t index_among(const SectionKind& kind, const std::string& number,
   return static_cast<std::size_t>(value) - 1;
 }
 
-// "layer3.r=5" in its parts.
+// The parts of "layer3.r=5".
 struct Override {
   std::string place;  // begins messages
   KeyName name;
@@ -83,7 +83,7 @@ void apply(const Override& o, Description& d) {
     store(o, monitor_keys(), d.monitors[i], d.monitor_keys[i]);
   } else {
     store(o, global_keys(), d.so, d.global_keys);
-    // The file's line would come before the layers.
+    // In the file this key precedes the layers.
     if (o.name.key == "permittivity") d.by_permittivity.assign(d.layers.size(), d.so.permittivity);
   }
 }

@@ -45,7 +45,7 @@ class Parser {
   int line_number_ = 0;
   bool has_windows_lines_ = false;
 
-  // Under construction.
+  // Records that are not complete yet.
   struct_emfield wave_;
   struct_layer layer_;
   Monitor monitor_;
@@ -95,7 +95,7 @@ void Parser::take_line(std::string line) {
   commit();
 }
 
-// Any text without a value stands here; what matches no tag is a free comment.
+// Handles text without a value. Text that matches no tag is a free comment.
 void Parser::take_tag(const SplitLine& parts) {
   log_ << "\t\t\t\t" << parts.left << std::endl;
   std::vector<std::string_view> known;
@@ -116,8 +116,8 @@ void Parser::take_tag(const SplitLine& parts) {
                       suggestion(parts.left.substr(0, parts.left.find(']') + 1), known));
 }
 
-// A wave or layer that is open keeps what it holds until the next tag of its kind; a monitor leaves
-// no such doubt.
+// An open wave or layer keeps its values until the next tag of its kind. An open monitor is an
+// error.
 void Parser::open(section opened, const std::string& tag) {
   const bool is_left_open = opened_ == WAVE_S || opened_ == LAYER_S;
   const std::string left = opened_ == WAVE_S ? "[wave]" : "[layer]";
@@ -137,7 +137,7 @@ void Parser::open(section opened, const std::string& tag) {
     if (opened == kind && *line == 0) *line = line_number_;
 }
 
-// Latched whatever is open, but for a monitor.
+// Stores the tag whatever section is open. A monitor accepts only its own.
 void Parser::close(section closed, const std::string& tag) {
   if (opened_ == MONITOR_S && closed != MONITOR_E)
     diagnostics::fail(where() + tag + " stands inside the [monitor] of line " +
@@ -172,8 +172,8 @@ void Parser::take_key(const SplitLine& parts) {
   }
 }
 
-// What is wrong in a monitor is an error, for nothing else tells what its user wanted. A refused
-// value of a layer or a wave is an error only if its kind, which may follow, uses the key.
+// Any mistake in a monitor is an error: nothing else states its intent. A refused value of a layer
+// or wave is an error only if its kind uses the key. The kind may follow.
 template <typename Record>
 void Parser::store(std::span<const Key<Record>> keys, const char* tag, Record& record,
                    GivenKeys& given, const SplitLine& parts) {
@@ -197,7 +197,7 @@ void Parser::store(std::span<const Key<Record>> keys, const char* tag, Record& r
        suggestion(parts.left, names_of(keys)));
 }
 
-// A closing tag acts when its section is the open one, which may be lines later.
+// A closing tag takes effect when its section is open, possibly lines later.
 void Parser::commit() {
   const auto move = [](auto& record, auto& records, GivenKeys& keys, std::vector<GivenKeys>& all) {
     records.push_back(std::exchange(record, {}));

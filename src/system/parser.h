@@ -6,6 +6,6 @@
 
 #include "system/description.h"
 
-// Reads the lines of the file into the records of d, without deriving anything from them: spacings,
-// the unit and the second pair of each material are left alone.
+// Reads the lines of the file into the records of d. Derives nothing: spacings, the unit and the
+// second pair of each material are unchanged.
 void parse_lines(std::istream& file, const std::string& filename, Description& d, bool is_quiet);

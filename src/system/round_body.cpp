@@ -8,7 +8,7 @@
 
 namespace {
 
-// The least square; NaN if there is one, since what is not a number lies inside.
+// The least square; NaN if there is one, since NaN counts as inside.
 double least_square(const std::vector<double>& distances) {
   double least = std::numeric_limits<double>::infinity();
   for (const double d : distances) {
@@ -28,7 +28,7 @@ Tilt::Tilt(const struct_layer& l)
       cosine(1 / std::sqrt(1 + slope_x * slope_x + slope_y * slope_y)) {}
 
 void Tilt::to_square_plane(double& u, double& v) const {
-  // What lies along the tilt is seen at the axis's angle.
+  // The cosine scales the component along the tilt.
   const double along = (u * slope_x + v * slope_y) / (slope_x * slope_x + slope_y * slope_y);
   u -= (1 - cosine) * along * slope_x;
   v -= (1 - cosine) * along * slope_y;
@@ -41,7 +41,7 @@ RoundBody::RoundBody(const struct_sysOptions& so, const struct_layer& l)
       is_over_(l.over),
       mix_(inside_, outside_, l.levels, l.over) {}
 
-// The square of the distance from the axis, in the plane square to it, of each sample of a row.
+// The squared distance of each sample of a row from the axis, in the plane normal to it.
 void RoundBody::square_distances(const CrossSection& section, double v,
                                  std::vector<double>& squares) const {
   const Tilt* leaning = tilt();
@@ -54,7 +54,7 @@ void RoundBody::square_distances(const CrossSection& section, double v,
   }
 }
 
-// Samples are inside up to the distance near, outside from far on, and shared between.
+// Samples are inside up to near, outside from far on, and mixed between (squared distances).
 void RoundBody::paint_shared_row(int iz, const Canvas::Row& row, const CrossSection& section,
                                  double v, const std::vector<double>& squares, double near,
                                  double far) const {
@@ -87,7 +87,7 @@ double RoundBody::share(int iz, double u, double v) const {
     }
     return shared_area(corners, d.radius_squared) / cell;
   };
-  // To a quarter of a step, so that rounding to the nearest one is out by less than one.
+  // A quarter of a step: rounding to the nearest step is then off by less than one.
   return is_steady() ? at_depth(0) : mean_over_depth(at_depth, 0.25 / mix_.levels());
 }
 
@@ -103,7 +103,7 @@ void RoundBody::paint(int iz, const Canvas& canvas) const {
       const Canvas::Row row = canvas.row(iz, iy);
       const double v = section.v[static_cast<std::size_t>(iy)];
       const double least_v2 = tilt() == nullptr ? v * v : 0;
-      if (is_outside(least_u2 + least_v2)) {  // and so with any other u
+      if (is_outside(least_u2 + least_v2)) {  // true for any other u too
         if (!is_over_) row.fill(outside_);
         continue;
       }
@@ -143,13 +143,13 @@ void RoundBody::sign(int iz, Signature& signature) const {
       has_levels ? reach(iz).outer < 0
                  : tilt() == nullptr &&
                        least_square(section.u) + least_square(section.v) + w2 > section.limit;
-  if (is_elsewhere) {  // the body passes the slice by
+  if (is_elsewhere) {  // the body is not in this slice
     if (is_over_) return;
     signature.add(Look::kUniform);
     signature.add(outside_);
     return;
   }
-  if (has_levels && !is_steady()) {  // the depth of a voxel shows: no two slices are alike
+  if (has_levels && !is_steady()) {  // voxels vary with depth: no two slices are equal
     signature.add(Look::kOfItsOwn);
     signature.add_address(this);
     signature.add(static_cast<double>(iz));

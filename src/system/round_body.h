@@ -10,40 +10,40 @@
 struct Tilt {
   explicit Tilt(const struct_layer& l);
 
-  double slope_x, slope_y;  // of the axis, sideways over along z
+  double slope_x, slope_y;  // of the axis: sideways / along z
   double cosine;            // of its angle with z
   [[nodiscard]] bool is_none() const { return slope_x == 0 && slope_y == 0; }
-  // From a point (u, v) of a slice and the axis's place there to the plane square to the axis,
-  // where the body is round.
+  // Projects (u, v), relative to the axis in a slice, onto the plane normal to the axis. The body
+  // is round in that plane.
   void to_square_plane(double& u, double& v) const;
 };
 
-// The cross-section of a slice: a sample at (u, v) from the centre lies outside if
-// u^2 + v^2 + w^2 > limit. Lengths in file units.
+// The cross-section of a slice. A sample at (u, v) from the centre is outside if u^2 + v^2 + w^2 >
+// limit. Lengths in file units.
 struct CrossSection {
   std::vector<double> u, v;  // of each column and row
   double w = 0;
   double limit = 0;
-  Look look = Look::kCore;            // how u and v were worked out,
-  double centre_x = 0, centre_y = 0;  // and what from
+  Look look = Look::kCore;            // how u and v were computed
+  double centre_x = 0, centre_y = 0;  // and from which values
 };
 
-// The disc at some depth of a slice's voxels: its centre from the cross-section's, its radius.
+// The disc at a depth of a slice's voxels: centre relative to the cross-section's, and radius.
 struct Disc {
   double x, y;
   double radius_squared;
 };
 
-// Radii about the cross-section's centre: all within inner belongs to the body at all depths of a
-// slice's voxels, nothing beyond outer at any. Negative: none does.
+// Radii about the cross-section's centre. All within inner is in the body at all depths of a
+// slice's voxels, nothing beyond outer at any. Negative: none is.
 struct Reach {
   double inner, outer;
 };
 
-// With up to one level a voxel takes one of the two materials whole, by the place of its sample.
-// With more a voxel that the face cuts takes the mean. Its cell is the box of one spacing each way
-// about its sample, in z as across: so the mean is that of the samples which a finer grid would
-// take in its place, and the face stays where it is with one level.
+// With up to one level a voxel takes one of the two materials, by the position of its sample. With
+// more, a voxel that contains the face takes the mean. Its cell is a box of one spacing along x, y
+// and z about its sample. The mean equals that of a finer grid's samples. The face stays where it
+// is with one level.
 class RoundBody : public Rule {
  public:
   RoundBody(const struct_sysOptions& so, const struct_layer& l);
@@ -52,7 +52,7 @@ class RoundBody : public Rule {
 
  protected:
   [[nodiscard]] const Frame& frame() const { return frame_; }
-  // Spacing in file units, by way of metres.
+  // Spacing in file units, computed from metres.
   [[nodiscard]] double spacing_x() const { return frame_.dx / frame_.metres; }
   [[nodiscard]] double spacing_y() const { return frame_.dy / frame_.metres; }
   [[nodiscard]] double spacing_z() const { return frame_.dz / frame_.metres; }
@@ -61,15 +61,14 @@ class RoundBody : public Rule {
   [[nodiscard]] double middle_y() const { return ((frame_.ny * frame_.dy) / frame_.metres) * 0.5; }
 
   [[nodiscard]] virtual CrossSection cut(int iz) const = 0;
-  // At a depth of -1/2 to 1/2 spacings in z from slice iz, and what holds for all of them.
+  // At a depth of -1/2 to 1/2 spacings in z from slice iz; bounds for all depths.
   [[nodiscard]] virtual Disc disc(int iz, double depth) const = 0;
   [[nodiscard]] virtual Reach reach(int iz) const = 0;
-  // Whether all slices, and all depths of their voxels, look alike.
+  // Whether all slices and all depths of their voxels are equal.
   [[nodiscard]] virtual bool is_steady() const { return false; }
-  // The tilt of a body that is round square to its axis only.
+  // The tilt of a body that is round only in the plane normal to its axis.
   [[nodiscard]] virtual const Tilt* tilt() const { return nullptr; }
-  // Rows from the last to the first: what stays on a grid whose rows overlap when it is painted
-  // column by column.
+  // Whether to paint rows from last to first. If rows overlap, this equals painting by columns.
   [[nodiscard]] virtual bool goes_by_columns() const { return false; }
 
  private:

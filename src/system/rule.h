@@ -1,4 +1,4 @@
-// What a component looks like, slice by slice.
+// How a component paints its slices.
 #pragma once
 
 #include <bit>
@@ -10,7 +10,7 @@
 #include "system/slab.h"
 #include "system/system.h"
 
-// What begins a signature: how the values behind it are read.
+// The first entry of a signature: the meaning of the values after it.
 enum class Look : std::uint64_t {
   kUniform,
   kCross,
@@ -22,7 +22,7 @@ enum class Look : std::uint64_t {
   kOfItsOwn
 };
 
-// Whatever decides how a slice is painted, as bits: slices with equal signatures are equal.
+// All values that decide how a slice is painted, as bits. Slices with equal signatures are equal.
 class Signature {
  public:
   void add(Look look) { bits_.push_back(static_cast<std::uint64_t>(look)); }
@@ -37,7 +37,7 @@ class Signature {
   std::vector<std::uint64_t> bits_;
 };
 
-// A component at its place in the stack. Made once; paints any of its slices on any canvas.
+// A component at its place in the stack. It is made once and paints any slice on any canvas.
 class Rule {
  public:
   virtual ~Rule() = default;
@@ -45,9 +45,8 @@ class Rule {
   virtual void sign(int iz, Signature& signature) const = 0;
 };
 
-// A component kind: what the log says of it, its thickness in slices, not rounded,
-// and its rule. Kinds that are
-// reserved, and screens, have none and paint nothing.
+// A component kind: its log line, its thickness in slices (not rounded) and its rule. Reserved
+// kinds and screens have no rule and paint nothing.
 struct Kind {
   component t;
   const char* line;
@@ -58,8 +57,8 @@ struct Kind {
 // Null for a value outside the enumeration.
 const Kind* kind_of(component t);
 
-// Throws Error if a grating takes a slice and its period is under two samples in
-// x or y. number: its place among the layers, from 1, for the message; 0 if unknown.
+// Throws Error if a grating takes a slice and its period is under two samples in x or y. number:
+// its place among the layers, from 1, for the message; 0 if unknown.
 void require_grating_periods(const struct_sysOptions& so, const Slab& slab, const struct_layer& l,
                              int number);
 
@@ -73,5 +72,5 @@ std::unique_ptr<Rule> make_equal_bars(const struct_sysOptions&, const struct_lay
 std::unique_ptr<Rule> make_index_file(const struct_sysOptions&, const Slab&, const struct_layer&);
 std::unique_ptr<Rule> make_lens(const struct_sysOptions&, const Slab&, const struct_layer&);
 
-// As thick as the layer says, or as deep as its file.
+// The thickness of the layer, or the depth of its file.
 double thickness_of_file(const struct_sysOptions&, const struct_layer&);

@@ -13,8 +13,7 @@ double sector(const Point& a, const Point& b, double radius_squared) {
   return 0.5 * radius_squared * std::atan2(cross(a, b), a.x * b.x + a.y * b.y);
 }
 
-// Of the triangle between the side from a to b and the origin, the part in the disc, with the sign
-// of the direction of turning.
+// The area of the triangle (a, b, origin) in the disc; positive if a to b turns anticlockwise.
 double shared_by_side(const Point& a, const Point& b, double radius_squared) {
   const Point side = {b.x - a.x, b.y - a.y};
   const auto at = [&](double s) { return Point{a.x + s * side.x, a.y + s * side.y}; };
@@ -52,7 +51,7 @@ double integrate(const std::function<double(double)>& f, const Interval& whole, 
   const Interval right = {whole.middle(), whole.end, whole.at_middle,
                           f(0.5 * (whole.middle() + whole.end)), whole.at_end};
   const double halves = left.integral() + right.integral();
-  const bool is_rough = std::fabs(halves - whole.integral()) > tolerance;  // and not NaN
+  const bool is_rough = std::fabs(halves - whole.integral()) > tolerance;  // false for NaN
   if (!is_rough || halvings_left == 0) return halves;
   return integrate(f, left, tolerance / 2, halvings_left - 1) +
          integrate(f, right, tolerance / 2, halvings_left - 1);

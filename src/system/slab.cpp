@@ -32,12 +32,12 @@ Slab::Slab(const struct_sysOptions& so, double thickness_in_slices) : start(so.i
   const std::int64_t begin = start;
   const std::int64_t wanted = truncate_to_int(std::ceil(thickness_in_slices));
   const std::int64_t cut = std::min(wanted, frame.nz - begin);
-  // Negative thicknesses move the cursor before the volume, where it must not leave the int.
+  // Negative thicknesses move the cursor before the volume; the clamp keeps it an int.
   taken = static_cast<int>(
       std::clamp<std::int64_t>(cut, INT_MIN - std::min<std::int64_t>(begin, 0), INT_MAX));
 
-  // With ny > nx the last rows of a slice run over into later ones, so a few slices before the
-  // volume still reach it.
+  // With ny > nx the last rows of a slice extend into later slices. A few slices before the volume
+  // therefore reach it.
   const std::int64_t overrun = frame.ny / frame.nx + 1;
   first = static_cast<int>(std::max(begin, -overrun));
   end = static_cast<int>(std::max<std::int64_t>(begin + taken, INT_MIN));

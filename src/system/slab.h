@@ -1,4 +1,4 @@
-// The frame that every component lies in: sizes and spacings, and its stretch of slices.
+// The frame of every component, sizes and spacings, and its range of slices.
 #pragma once
 
 #include <cstddef>
@@ -6,12 +6,12 @@
 
 #include "system/system.h"
 
-// Truncation to int as the processor does it: what does not fit, NaN included, gives INT_MIN.
+// Truncates to int as the processor does: NaN and values that do not fit give INT_MIN.
 int truncate_to_int(double value);
 
-// Spacings in metres and sizes, with a 0 replaced by 1. The quotients dx / metres bring a spacing
-// back to file units; they may differ from so->dx in the last bit, which decides a ceil when a
-// thickness is an exact multiple of the spacing.
+// Spacings in metres and sizes; a 0 is replaced by 1. dx / metres is the spacing in file units. It
+// may differ from so->dx in the last bit. That bit decides a ceil if a thickness is an exact
+// multiple of the spacing.
 struct Frame {
   explicit Frame(const struct_sysOptions& so);
 
@@ -19,7 +19,7 @@ struct Frame {
   double dx, dy, dz;
   int nx, ny, nz;
 
-  // Rows step by ny, so only on a square grid do slices keep out of one another's way.
+  // Rows step by ny, so slices are separate only on a square grid.
   [[nodiscard]] bool is_square() const { return nx == ny; }
 
   // Samples of a slice and voxels of the volume; none if a size is negative.
@@ -29,13 +29,13 @@ struct Frame {
 
 // The slices of a component.
 struct Slab {
-  // Begins at so.izlast and takes ceil(thickness_in_slices) slices, or what is left.
+  // Begins at so.izlast and takes ceil(thickness_in_slices) slices, or those that are left.
   Slab(const struct_sysOptions& so, double thickness_in_slices);
 
   int start;
   int taken;  // negative for a negative thickness
 
-  // Slices to visit: those of the slab, without any from which no voxel can lie in the volume.
+  // Slices to visit: those of the slab that can have a voxel in the volume.
   int first, end;
 
   [[nodiscard]] bool holds(int iz) const { return iz >= first && iz < end; }

@@ -24,20 +24,20 @@ class Uniform : public Rule {
   cpx n_;
 };
 
-// Half a grating length in samples, rounded up to whole samples first.
+// Half a grating length in samples; the length is rounded up to whole samples first.
 int half_samples(double length, double spacing) {
   return truncate_to_int(std::floor(std::ceil(length / spacing) * 0.5));
 }
 
-// Whether sample i lies off the bars. The halves of period and width serve as modulus and
-// threshold, so the pattern repeats at half the period that the file states, in phase with the
-// grid's first sample and not with its centre. The pattern is defined so.
+// Whether sample i is outside the bars. Half the period is the modulus, half the width the
+// threshold. The pattern thus repeats at half the file's period. Its phase starts at the grid's
+// first sample, not its centre. The pattern is defined so.
 bool is_off_bar(int i, int half_width, int half_period) {
   return (i + half_width / 2) % half_period > half_width;
 }
 
-// The same for all samples of an axis. The pattern is worked out on the upper half and mirrored;
-// moved by whole samples, it goes on beyond the grid's end.
+// is_off_bar for all samples of an axis. The upper half is computed and mirrored. An offset in
+// whole samples continues the pattern beyond the grid's end.
 std::vector<char> off_bars(int n, int half_width, int half_period, int moved_by) {
   std::vector<char> is_off(static_cast<std::size_t>(std::max(n, 0)));
   for (int i = 0; i < n; ++i) {
@@ -48,8 +48,7 @@ std::vector<char> off_bars(int n, int half_width, int half_period, int moved_by)
   return is_off;
 }
 
-// The samples that a grating is moved by: a whole number, so that its bars stay as wide as they
-// are.
+// The offset of a grating in whole samples, so that its bars keep their width.
 int whole_samples(double offset, double spacing) {
   constexpr double kFarAway = 1e9;
   const double samples = std::nearbyint(offset / spacing);
@@ -103,8 +102,8 @@ class CrossedGrating : public Rule {
       row[ix] = cell_;
   }
 
-  // One quadrant, mirrored to the other three, column by column: on a grid with overlapping rows
-  // the order of writing shows.
+  // Paints one quadrant by columns and mirrors it to the other three. The order of writing matters
+  // on a grid with overlapping rows.
   void paint_by_quadrants(int iz, const Canvas& canvas) const {
     for (int ix = frame_.nx / 2; ix < frame_.nx; ++ix)
       for (int iy = frame_.ny / 2; iy < frame_.ny; ++iy)
@@ -137,7 +136,7 @@ void require_period(const struct_sysOptions& so, const char* key, double period,
 
 void require_grating_periods(const struct_sysOptions& so, const Slab& slab, const struct_layer& l,
                              int number) {
-  if (l.duty > 0) return;  // bars of their own, to which no sample counts whole
+  if (l.duty > 0) return;  // bars of a duty need not be whole samples
   if (slab.taken <= 0) return;
   const Frame frame(so);
   require_period(so, "px", l.px, frame.dx / frame.metres, number);

@@ -29,7 +29,7 @@ LayerPlace LayerStack::add(const struct_layer& l) {
     return place;
   }
   LayerPlace place = place_alone(l, so_.izlast);
-  // Painted over nothing: the run is refused for it.
+  // There is no layer below: the run is refused.
   if (l.t == SCREEN || kind_of(l.t) == nullptr || l.over) {
     place.is_stacked = false;
     return place;

@@ -1,4 +1,4 @@
-// Where the layers are along z.
+// The positions of the layers along z.
 #pragma once
 
 #include <optional>
@@ -11,17 +11,17 @@
 struct LayerPlace {
   Slab slab;               // cut at the end of the domain
   double thickness = 0;    // in slices, not rounded
-  double wanted = 0;       // rounded up to whole ones
+  double wanted = 0;       // rounded up to whole slices
   bool is_stacked = true;  // the next layer begins after it
-  bool is_known = true;    // false from a file of indices on whose depth was not looked up
+  bool is_known = true;    // false for an index file whose depth was not read
 };
 
-// Places layers one after the other. A layer painted over the one before it begins where that one
-// does and takes as many slices as by itself or, if it has no thickness, all of that one's.
+// Places layers one after the other. A layer painted over the one before it begins at the same
+// slice. It takes its own number of slices, or all of that layer's if it has no thickness.
 class LayerStack {
  public:
-  // opens_files: opens a file of indices that decides how thick its layer is; ends the process if
-  // it cannot.
+  // opens_files: opens an index file that sets the thickness of its layer; throws Error if it
+  // cannot.
   LayerStack(const struct_sysOptions& so, bool opens_files);
 
   LayerPlace add(const struct_layer& l);
@@ -39,5 +39,5 @@ class LayerStack {
   std::optional<LayerPlace> base_;
 };
 
-// All layers of a description, without a look at files.
+// All layers of a description, without reading files.
 std::vector<LayerPlace> plan_stack(const Description& d);

@@ -1,4 +1,4 @@
-// How the text of a value gets into the field of a record: what the tables of keys point to.
+// Conversions from a value's text to the field of a record, for the key tables.
 #pragma once
 
 #include <array>
@@ -34,7 +34,7 @@ Reading loose_flag(Record& record, const std::string& value) {
   return read_loose_flag(value, record.*Field);
 }
 
-// From here on: a value that is not as it must be is refused.
+// The conversions below refuse invalid values.
 
 constexpr Range kAny = {-HUGE_VAL, HUGE_VAL, true, "a number"};
 constexpr Range kPositive = {0, HUGE_VAL, true, "a number above 0"};
@@ -64,7 +64,7 @@ Reading strict_flag(Record& record, const std::string& value) {
   return read_strict_flag(value, record.*Field);
 }
 
-// A name; tabs and carriage returns around it belong to the line, not to the name.
+// A name; tabs and carriage returns around it are not part of it.
 template <auto Field, typename Record>
 Reading name(Record& record, const std::string& value) {
   const std::size_t first = value.find_first_not_of("\t\r");
@@ -73,7 +73,7 @@ Reading name(Record& record, const std::string& value) {
   return {};
 }
 
-// Words and what they stand for, place by place.
+// Words and their values, place by place.
 template <typename Meaning, std::size_t Count>
 struct Words {
   std::array<std::string_view, Count> text;

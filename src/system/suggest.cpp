@@ -59,11 +59,11 @@ std::string quoted(std::string_view text) {
 
 std::string_view nearest_name(std::string_view name, const std::vector<std::string_view>& known) {
   const std::string_view core = trimmed(name);
-  // A slip is one letter in a short name, two in a long one; more is another word.
+  // Allows one wrong letter in a short name, two in a long one.
   std::size_t best = core.size() < 5 ? 2 : 3;
   std::string_view nearest;
   for (const std::string_view candidate : known) {
-    // Each letter that one name has more than the other is an edit.
+    // Each extra letter of one name is an edit.
     const std::size_t longer = std::max(core.size(), candidate.size());
     if (longer - std::min(core.size(), candidate.size()) >= best) continue;
     const std::size_t distance = edit_distance(core, candidate);

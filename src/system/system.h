@@ -1,8 +1,8 @@
 // The description of one simulation: its records, the configuration file that fills them, and the
 // rasterisers that paint a component into the index volume.
 //
-// Every length in the records is in the unit that the file chose; struct_sysOptions::f holds metres
-// per unit. Angles are in degrees.
+// Every length in the records is in the file's unit; struct_sysOptions::f is metres per unit.
+// Angles are in degrees.
 #pragma once
 
 #include <complex>
@@ -27,7 +27,7 @@ enum section : std::int32_t {
   LAYER_E,
   RCWA_E,
   FDTD_E,
-  MONITOR_S,  // ours, like its end
+  MONITOR_S,  // an extension, like its end
   MONITOR_E
 };
 
@@ -35,10 +35,10 @@ enum method : std::int32_t { BLANK, VWPM, WPM, VBPM, BPM, FDTD, RCWA };
 
 enum plane : std::int32_t { XY, XZ, YZ, ZX, ZY, YX };
 
-// LP01, the mode of a fibre, and FIELD_FILE are ours.
+// LP01, the mode of a fibre, and FIELD_FILE are extensions.
 enum shape : std::int32_t { RANDOM, PLANE, GAUSSIAN, LP01, FIELD_FILE };
 
-// GRIN, SCREEN and INDEX_FILE are ours.
+// GRIN, SCREEN and INDEX_FILE are extensions.
 enum component : std::int32_t {
   HOMOG,
   GRATING,
@@ -62,10 +62,10 @@ struct struct_emfield {
   double amp = 0;                 // amplitude
   double lambda = 0;              // vacuum wavelength
   double theta = 0, phi = 0;      // direction: from the z axis, and about it from the x axis
-  double beta = 0;                // reported, used in no formula
+  double beta = 0;                // reported; used in no formula
   double sigmax = 0, sigmay = 0;  // widths of a Gaussian wave
 
-  bool add = false;             // added to the waves before it, which it replaces otherwise
+  bool add = false;             // added to the waves before it; otherwise replaces them
   double r = 0, n = 0, ne = 0;  // LP01: core radius, indices of core and cladding
   std::string file{};           // FIELD_FILE: relative to the configuration's folder
   std::string dataset = "/E";   //   in that file
@@ -77,13 +77,13 @@ struct struct_emfield {
 };
 
 // One optical component. (n, k) and (eps_r, eps_i) describe the same first material, (ne, ke) and
-// (epse_r, epse_i) the same second one; the parser makes the pairs agree.
+// (epse_r, epse_i) the same second one. The parser makes the pairs agree.
 struct struct_layer {
   component t = HOMOG;
   double x = 0, y = 0;    // offset of the axis from the grid's centre
   double z = 0;           // thickness along the propagation axis
   double r = 0;           // core radius; signed radius of curvature of a lens
-  double f = 0;           // stored, read by nothing
+  double f = 0;           // stored but not used
   double px = 0, wx = 0;  // grating period and width; wx: excursion of a splitter
   double py = 0, wy = 0;
   double rin = 0, rout = 0;     // radius at the entry and at the exit
@@ -91,10 +91,10 @@ struct struct_layer {
   double eps_r = 0, eps_i = 0;  //   its relative permittivity
   double ne = 0, ke = 0;        // second material
   double epse_r = 0, epse_i = 0;
-  double se = 0, sm = 0;          // stored, read by nothing
+  double se = 0, sm = 0;          // stored but not used
   double dx = 0, dy = 0, dz = 0;  // offset of a lens's sphere; no key fills it
 
-  int levels = 0;                   // steps of a voxel that a face cuts; 0: the kind's default
+  int levels = 0;                   // steps of a voxel at a face; 0: the kind's default
   double offsetx = 0, offsety = 0;  // moves the component sideways
   double tiltx = 0, tilty = 0;      // degrees
   bool over = false;                // painted over the slices of the layer before it
@@ -111,8 +111,8 @@ struct struct_layer {
   void reset();
 };
 
-// The grid and the options of the whole simulation. The initial values are those of reset().
-// Fields that nothing reads are part of the file format and are stored all the same.
+// The grid and the options of the whole simulation. The initial values are those of reset(). Unused
+// fields are part of the file format and are stored.
 struct struct_sysOptions {
   bool updated = false;
   bool smooth = false;
@@ -156,8 +156,8 @@ using emfield = struct_emfield;
 using layer = struct_layer;
 using sysOptions = struct_sysOptions;
 
-// Complex refractive index n + i*kappa of a relative permittivity, both roots non-negative: the
-// sign of a negative imaginary part is not carried over.
+// Complex refractive index n + i*kappa of a relative permittivity, both roots non-negative. The
+// sign of a negative imaginary part is lost.
 cpx epsToN(const cpx& eps);
 
 // Relative permittivity (n^2 - k^2) + i*2nk of a complex refractive index (n, k).
@@ -169,23 +169,22 @@ bool removeBlanks(char* s);
 // Metres per unit of length; 1e-09 for a value outside the enumeration.
 double metres_per_unit(scale scl);
 
-constexpr int MAX_CHARS_PER_LINE = 80;  // terminator included: a line holds at most 79
+constexpr int MAX_CHARS_PER_LINE = 80;  // terminator included: a line has at most 79
 constexpr int MAX_TOKENS_PER_LINE = 1;
 constexpr const char* DELIMITER = "\n";
 constexpr const char* ASSIGN = "=";
 constexpr const char* END = " ;";
 
-// Reads the configuration file into *so (reset first) and appends its waves and layers to the two
-// sequences. Unless is_quiet, echoes each line to the log. What is not understood is ignored, with
-// a warning on the error stream; a file that cannot be read, a line that is too long and a line of
-// nothing but equals signs throw Error.
+// Reads the configuration file into *so (reset first) and appends its waves and layers. Unless
+// is_quiet, echoes each line to the log. Ignores unknown input with a warning. Throws Error if the
+// file cannot be read, or a line is too long or has only equals signs.
 void parse(const std::string& filename, struct_sysOptions* so, std::vector<struct_layer>* layers,
            std::vector<struct_emfield>* fields, bool is_quiet);
 
-// The rasterisers. Each paints component l into N, [nz][ny][nx] flat with row step ny (not nx: the
-// index volume and its file are defined so), from slice so->izlast on, and returns the number of
-// slices that the component takes, cut at the end of the domain. Voxels outside the array are
-// dropped. The reserved kinds take their slices and write nothing.
+// The rasterisers. Each paints component l into N, [nz][ny][nx] flat, from slice so->izlast on. The
+// row step is ny, not nx: the index volume and its file are defined so. Returns the number of
+// slices of the component, cut at the end of the domain. Voxels outside the array are dropped.
+// Reserved kinds take their slices and write nothing.
 int init_homog_system(cpx* N, const struct_sysOptions* so, const struct_layer& l);
 int init_grating_system(cpx* N, const struct_sysOptions* so, const struct_layer& l);
 int init_wguide_system(cpx* N, const struct_sysOptions* so, const struct_layer& l);
