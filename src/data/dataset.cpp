@@ -13,7 +13,7 @@
 namespace data {
 namespace {
 
-// An identifier of the library and what closes it.
+// An identifier of the library and its close function.
 class Handle {
  public:
   using Close = herr_t (*)(hid_t);
@@ -37,19 +37,19 @@ class Handle {
   Close close_ = nullptr;
 };
 
-// The library's own report of a failure is switched off: each call is checked and told of here.
+// Turns off the library's own messages: each call is checked and reported here.
 void silence() {
   H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);
 }
 
-// The group of a monitor's file that holds its fields.
+// The group of fields in a monitor's file.
 constexpr const char* kFields = "VTKHDF/PointData";
 
 bool has_fields(hid_t file) {
   return H5Lexists(file, "VTKHDF", H5P_DEFAULT) > 0 && H5Lexists(file, kFields, H5P_DEFAULT) > 0;
 }
 
-// The data sets that the file offers, for a message about one that is not there.
+// The data sets of the file, for a message about a missing one.
 std::string names_in(hid_t file) {
   std::string names;
   const auto add = [](hid_t group, const char* name, const H5L_info_t*, void* all) -> herr_t {
@@ -68,7 +68,7 @@ std::string names_in(hid_t file) {
   return names.empty() ? "it has none" : "it has " + names;
 }
 
-// The numbers of an attribute with three of them.
+// The values of an attribute that has three.
 std::optional<std::array<double, 3>> triple(hid_t object, const char* name) {
   if (object < 0 || H5Aexists(object, name) <= 0) return std::nullopt;
   const Handle attribute(H5Aopen(object, name, H5P_DEFAULT), H5Aclose);
@@ -105,7 +105,7 @@ struct Dataset::Inside {
   bool is_complex = false;
   hsize_t nz = 1, ny = 0, nx = 0;
   std::optional<Sampling> sampling;
-  hsize_t written = std::numeric_limits<hsize_t>::max();  // slices; the rest was never reached
+  hsize_t written = std::numeric_limits<hsize_t>::max();  // slices that the run wrote
 
   [[noreturn]] void fail(const std::string& what) const {
     diagnostics::fail(where + ": " + name + " " + what);
@@ -120,11 +120,11 @@ struct Dataset::Inside {
 void Dataset::Inside::open(const std::string& path, const std::string& dataset) {
   std::error_code none;
   if (!std::filesystem::exists(path, none)) fail("cannot be read: there is no such file");
-  // A pipe would wait for a writer for ever.
+  // A pipe would wait for a writer forever.
   if (!std::filesystem::is_regular_file(path, none)) fail("cannot be read: that is no file");
   const Handle access(H5Pcreate(H5P_FILE_ACCESS), H5Pclose);
 #if H5_VERSION_GE(1, 10, 7)
-  H5Pset_file_locking(access, true, true);  // some disks of clusters have no locks
+  H5Pset_file_locking(access, true, true);  // some cluster file systems have no locks
 #endif
   file = Handle(H5Fopen(path.c_str(), H5F_ACC_RDONLY, access), H5Fclose);
   if (file < 0) fail("cannot be read: that is not an HDF5 file, or you may not read it");
@@ -137,7 +137,7 @@ void Dataset::Inside::open(const std::string& path, const std::string& dataset) 
   if (set < 0) fail("is no data set of the file; " + names_in(file) + "; name it by dataset");
 }
 
-// A monitor's file says how many of its slices a run came to write.
+// A monitor's file has the number of slices that its run wrote.
 void Dataset::Inside::find_written() {
   const Handle count(H5Dopen2(file, "slices_written", H5P_DEFAULT), H5Dclose);
   long long slices = 0;
@@ -215,7 +215,7 @@ void Dataset::Inside::read(hsize_t first, hsize_t slices, double* values) const 
   if (first + slices > written)
     fail("has no slice " + std::to_string(first + slices - 1) +
          ": the run that wrote the file was interrupted behind " + std::to_string(written));
-  // The selection has the file's axes: no axis of slices in [ny][nx], one of pairs at the end.
+  // The selection has the file's axes: [ny][nx] has no axis of slices; pairs add a last one.
   std::vector<hsize_t> start = {first, 0, 0, 0};
   std::vector<hsize_t> count = {slices, ny, nx, 2};
   const std::size_t missing = rank - (has_pairs ? 1 : 0) == 3 ? 0 : 1;

@@ -1,4 +1,4 @@
-// Data sets of HDF5 files, as input: fields and volumes of indices.
+// HDF5 data sets as input: fields and volumes of indices.
 #pragma once
 
 #include <array>
@@ -9,33 +9,33 @@
 
 namespace data {
 
-// "FILE.cfg: line 12", where an error lies; the file alone for line 0.
+// "FILE.cfg: line 12", the place of an error; the file alone for line 0.
 std::string place(const std::string& configuration, int line);
 
-// The path of an input file: names are relative to the folder of the configuration.
+// The path of an input file: names are relative to the configuration's folder.
 std::string beside(const std::string& configuration, const std::string& file);
 
-// Where the samples of a file lie, in metres, in the order x, y, z: x and y from the middle of the
-// domain, z from its entry.
+// The positions of a file's samples, in metres, in the order x, y, z. x and y are from the middle
+// of the domain, z from its entry.
 struct Sampling {
   std::array<double, 3> spacing{};
   std::array<double, 3> origin{};  // of the first sample
 };
 
-// What a reader needs; decides how [a][b][2] is understood.
+// The data that a reader needs; decides how [a][b][2] is read.
 //   kField   complex slices: [ny][nx][2], [nz][ny][nx][2], or a compound of two reals, r and i as
 //            h5py writes complex numbers, in [ny][nx] or [nz][ny][nx]
 //   kVolume  the same complex volumes, or a real one, [nz][ny][nx]
 enum class Layout { kField, kVolume };
 
-// An open data set of floating-point numbers, float or double, seen as slices [nz][ny][nx].
-// Whatever is wrong ends the process with a message that begins with the place: no such file, no
-// HDF5, no such data set, another shape or type, a size that the program cannot count, and, while
-// reading, a value that is not finite. A program built without HDF5 says so.
+// An open data set of floating-point numbers, float or double, as slices [nz][ny][nx]. Throws
+// Error, with the place first, if there is no such file, HDF5 or data set. Also throws on another
+// shape or type, a size that is too large, or a value that is not finite. In a build without HDF5
+// the message states this.
 class Dataset {
  public:
   // dataset: its path in the file, or its name among the fields of a monitor's file. where: the
-  // place in the configuration that asks for it.
+  // place in the configuration that names it.
   Dataset(const std::string& file, const std::string& dataset, Layout layout,
           const std::string& where);
   ~Dataset();
@@ -49,12 +49,12 @@ class Dataset {
   [[nodiscard]] int columns() const;  // nx
   [[nodiscard]] bool is_complex() const;
 
-  // From the attributes Spacing and, if it is there, Origin (x, y, z) of the data set or of the
-  // group VTKHDF, as a field monitor writes them. Without Origin the grid is centred.
+  // From the attributes Spacing and, if present, Origin (x, y, z) of the data set or of the group
+  // VTKHDF. A field monitor writes them. Without Origin the grid is centred.
   [[nodiscard]] const std::optional<Sampling>& sampling() const;
 
-  // Slices first..first+count-1, [count][ny][nx], with a second number for each sample if
-  // is_complex. Memory: that of the slices.
+  // Slices first..first+count-1, [count][ny][nx]; two numbers for each sample if is_complex.
+  // Memory: that of the slices.
   void read(int first, int count, double* values) const;
 
   // "FILE:/dataset", for messages.

@@ -1,4 +1,4 @@
-// What stands for data sets where the program was built without HDF5: nothing can be opened.
+// Data sets in a build without HDF5: none can be opened.
 #include "data/dataset.h"
 #include "diagnostics.h"
 
