@@ -35,7 +35,7 @@ bool chCommandLineGet(T* p, const char* keyword, int argc, char* argv[]) {
   bool found = false;
   for (int i = 1; i < argc; ++i) {
     if (!matches(argv[i], keyword)) continue;
-    ++i;  // on a match the walk goes on behind the value
+    ++i;  // after a match the scan skips the value
     if (i >= argc) {
       const std::string option = argv[argc - 1];
       std::string text = "option ";

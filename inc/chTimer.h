@@ -5,14 +5,14 @@
 
 using chTimerTimestamp = timespec;
 
-// Reads CLOCK_MONOTONIC into *p; returns what clock_gettime does, 0 or -1.
+// Reads CLOCK_MONOTONIC into *p; returns the result of clock_gettime, 0 or -1.
 int chTimerGetTime(chTimerTimestamp* p);
 
 // Seconds from *pStart to *pStop.
 double chTimerElapsedTime(const chTimerTimestamp* pStart, const chTimerTimestamp* pStop);
 
-// start() and stop() note a time each and return 0 on success; getTime() is the seconds between
-// them. A timer that never ran gives 0.
+// start() and stop() each store a time and return 0 on success. getTime() returns the seconds
+// between them, 0 if the timer never ran.
 class ChTimer {
  public:
   int start() { return chTimerGetTime(&m_start); }

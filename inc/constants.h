@@ -1,5 +1,5 @@
-// The values of pi that every result is made with. They are cut to these digits on purpose: more of
-// them change the files of a run.
+// The values of pi in every result. They are cut to these digits on purpose: more digits change the
+// files of a run.
 #pragma once
 
 inline constexpr double kTwoPi = 6.2831853;

@@ -9,7 +9,7 @@
 
 namespace zerith {
 
-// A place in a file; line 0 means the file as a whole, an empty file no place at all.
+// A place in a file. Line 0 means the whole file; an empty file means no place.
 struct Place {
   std::string file;
   int line = 0;
@@ -18,13 +18,13 @@ struct Place {
 // The run cannot continue.
 class Error : public std::runtime_error {
  public:
-  // text begins with the place, "FILE: " or "FILE: line N: ", if there is one. status: what the
-  // process ends with.
+  // text begins with the place, "FILE: " or "FILE: line N: ", if there is one. status: the exit
+  // status of the process.
   explicit Error(const std::string& text, int status = 255)
       : std::runtime_error(text), status_(status) {}
 
   [[nodiscard]] int status() const { return status_; }
-  // The place with a line number that the text begins with.
+  // The place with a line number at the beginning of the text.
   [[nodiscard]] Place place() const;
 
  private:
@@ -34,8 +34,8 @@ class Error : public std::runtime_error {
 enum class Message {
   kWarning,   // the user should know this while the run continues
   kError,     // something is lost and the run continues
-  kReport,    // something that was asked for
-  kNote,      // a courtesy to a person at a terminal
+  kReport,    // requested output
+  kNote,      // a hint to a user at a terminal
   kProgress,  // replaces the last one; an empty text removes it
 };
 
@@ -54,7 +54,7 @@ class Observer {
   void take(Message kind, const std::string& text);
   // Of the run so far, in order.
   [[nodiscard]] const std::vector<std::string>& warnings() const { return warnings_; }
-  // Whether notes and progress reach anybody.
+  // Whether notes and progress are shown.
   [[nodiscard]] virtual bool shows_notes() const { return false; }
 
  protected:
@@ -64,7 +64,7 @@ class Observer {
   std::vector<std::string> warnings_;
 };
 
-// While it lives, messages of this thread go to the observer. Without one they are dropped.
+// Sends messages of this thread to the observer while it lives. Without one they are dropped.
 class ObserverScope {
  public:
   explicit ObserverScope(Observer& observer);
