@@ -10,7 +10,7 @@ namespace {
 
 struct sigaction before {};
 
-// Of what a signal handler may call, and no more.
+// Calls only functions that are safe in a signal handler.
 void write_text(const char* text) {
   [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text, std::strlen(text));
 }

@@ -1,10 +1,10 @@
-// FFTW ends the process by abort() when its own memory runs out: a word about what was being done.
+// Reports the operation during which FFTW runs out of memory and calls abort().
 #pragma once
 
 namespace fftwpp {
 
-// For as long as it lives, an abort() of the calling thread says that it came while what was being
-// done, and ends the process with exit status 1. what must outlive it.
+// While it lives, an abort() of the calling thread prints what and ends the process with exit
+// status 1. what must outlive it.
 class Doing {
  public:
   explicit Doing(const char* what) noexcept : before_(now) { now = what; }
@@ -18,7 +18,7 @@ class Doing {
   const char* before_;
 };
 
-// Begins to listen for aborts; once is enough. Aborts that no Doing explains go their way.
+// Installs the handler of aborts; once is enough. Aborts outside any Doing are passed on.
 void explain_aborts();
 
 }  // namespace fftwpp

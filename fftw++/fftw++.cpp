@@ -33,8 +33,8 @@ std::multiset<std::string> lines_of(std::istream& text) {
   return lines;
 }
 
-// Whether the file has these lines, in whatever order FFTW brings them: it is not written again
-// then, so that a run that is killed does not leave half of what it was given.
+// Whether the file has these lines in any order. If so it is not written again: a killed run must
+// not leave a partial file.
 bool holds(const char* name, const std::string& wisdom) {
   if (!is_readable_wisdom(name)) return false;
   std::ifstream file(name);
@@ -89,8 +89,8 @@ void fftw::Setup(Complex* in, Complex* out) {
       "planning a transform of " + std::to_string(doubles / 2) + " complex numbers";
   const Doing planning(what.c_str());
   ReadWisdom();
-  // Planning by measurement overwrites its arrays: without an input of the caller's it works on one
-  // of its own, so no data of theirs is disturbed.
+  // Measured planning overwrites its arrays. Without an input it uses scratch memory, so no data of
+  // the caller is lost.
   Complex* scratch = nullptr;
   if (in == nullptr) {
     Array::newAlign(scratch, (doubles + 1) / 2, kAlignment);
@@ -113,8 +113,7 @@ void fftw::Setup(Complex* in, Complex* out) {
   WriteWisdom();
 }
 
-// A file that isn't wisdom from end to end is left unread: FFTW takes most damage for what it is,
-// but not all of it.
+// Ignores a file that is not valid wisdom from end to end: FFTW detects most damage, but not all.
 void fftw::ReadWisdom() {
   if (Wise) return;
   Wise = true;

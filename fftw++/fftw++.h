@@ -31,8 +31,8 @@ class fftw {
   fftw& operator=(const fftw&) = delete;
   virtual ~fftw();
 
-  // out = transform of in, unnormalised. A null out means in place. Arrays should be aligned to 16
-  // bytes, like those of the construction; an array that is not draws a warning.
+  // out = transform of in, unnormalised. A null out means in place. Warns unless arrays are aligned
+  // to 16 bytes, like those of the constructor.
   void fft(Complex* in, Complex* out);
 
   // As fft, then every element of out is divided by the number of elements.
@@ -40,10 +40,10 @@ class fftw {
 
   static std::ifstream ifWisdom;
   static std::ofstream ofWisdom;
-  static bool Wise;  // wisdom has been read by this process
+  static bool Wise;  // this process has read the wisdom
   static const double twopi;
   static unsigned int maxthreads;  // above 1, planning tries this many threads
-  static double testseconds;       // how long such a trial may take
+  static double testseconds;       // time limit of such a trial
   static unsigned int effort;      // FFTW_MEASURE
   static const char* WisdomName;   // relative to the working directory
 
@@ -57,8 +57,8 @@ class fftw {
   virtual void Execute(Complex* in, Complex* out, bool shift);
 
   // Plans for arrays like in and out; either may be null. Reads wisdom once per process and writes
-  // it after every call; a wisdom file that is damaged, or no file at all but a pipe or a device,
-  // is passed over. A plan that cannot be made throws Error of status 1.
+  // it after every call. Ignores a damaged wisdom file, a pipe and a device. Throws Error of status
+  // 1 if no plan can be made.
   void Setup(Complex* in, Complex* out);
 
   Complex* Setout(Complex* in, Complex* out);

@@ -19,8 +19,8 @@ fftw_plan fft1d_many::Plan(Complex* in, Complex* out) {
 fft1f_many::fft1f_many(const many_layout& layout, int sign, Single* in, Single* out) {
   explain_aborts();
   const Doing planning("planning transforms in single precision");
-  // Not measured: the wisdom file holds double precision alone, and a plan that each run measured
-  // for itself would let equal runs differ in the last bits. The measured one is not faster.
+  // Not measured: the wisdom file has double precision only. Plans measured in each run would
+  // change the last bits of equal runs. A measured plan is not faster.
   plan = fftwf_plan_many_dft(1, &layout.n, layout.howmany, reinterpret_cast<fftwf_complex*>(in),
                              nullptr, layout.in_stride, layout.in_dist,
                              reinterpret_cast<fftwf_complex*>(out), nullptr, layout.out_stride,

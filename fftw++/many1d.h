@@ -5,8 +5,8 @@
 
 namespace fftwpp {
 
-// howmany transforms of n samples each. Sample s of transform t stands at s*stride + t*dist, on
-// either side with its own strides. Executing is safe from several threads at once.
+// howmany transforms of n samples each. Sample s of transform t is at s*stride + t*dist; each side
+// has its own strides. Execution is safe from several threads at once.
 struct many_layout {
   int n;
   int howmany;
@@ -14,8 +14,7 @@ struct many_layout {
   int out_stride, out_dist;
 };
 
-// Double precision, planned and kept in wisdom like every fftw; in and out are overwritten by
-// planning.
+// Double precision, planned and stored in wisdom like every fftw. Planning overwrites in and out.
 class fft1d_many : public fftw {
  public:
   fft1d_many(const many_layout& layout, int sign, Complex* in, Complex* out);
@@ -27,8 +26,8 @@ class fft1d_many : public fftw {
   many_layout layout;
 };
 
-// Single precision, for what needs no more. Its plan is FFTW's estimate, which depends on the
-// layout alone: as fast here as a measured one, and the same each time.
+// Single precision. Its plan is FFTW's estimate, which depends on the layout alone. It is as fast
+// as a measured one here, and the same each time.
 class fft1f_many {
  public:
   using Single = std::complex<float>;
@@ -38,7 +37,7 @@ class fft1f_many {
   fft1f_many(const fft1f_many&) = delete;
   fft1f_many& operator=(const fft1f_many&) = delete;
 
-  // The arrays must be aligned like those of the construction, to 16 bytes.
+  // The arrays must be aligned to 16 bytes, like those of the constructor.
   void fft(Single* in, Single* out) const;
 
  private:

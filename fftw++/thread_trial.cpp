@@ -1,4 +1,4 @@
-// Whether more threads pay, found out by trying.
+// Measures whether more threads are faster.
 #include <omp.h>
 #include <sys/time.h>
 
@@ -22,7 +22,7 @@ double seconds() {
   return elapsed;
 }
 
-// Keeps a plan of more threads only if it beats the one-thread plan by more than the noise.
+// Keeps a plan of more threads only if it is faster by more than the noise.
 void fftw::TryThreads(Complex* in, Complex* out) {
   const auto ntest = static_cast<unsigned int>(std::max(0.0, 1000000 * testseconds));
   unsigned int N = 1;

@@ -24,7 +24,7 @@ bool is_of_name(char c) {
          c == '.';
 }
 
-// Reads a text from the front; once something doesn't fit, all further asking is in vain.
+// Reads a text from the front. After the first mismatch all reads fail.
 class Reader {
  public:
   explicit Reader(std::string_view text) : rest_(text) {}
@@ -38,10 +38,10 @@ class Reader {
     return *this;
   }
 
-  // Any number of blanks and line ends, as FFTW takes them.
+  // Any number of blanks and line ends, as FFTW accepts them.
   Reader& blanks() { return run(is_blank, 0, rest_.size()); }
 
-  // Between least and most characters of a kind, and none of it behind them.
+  // Between least and most characters of a kind, not followed by another.
   Reader& run(bool (*is_kind)(char), std::size_t least, std::size_t most) {
     std::size_t length = 0;
     while (length < rest_.size() && is_kind(rest_[length])) ++length;
@@ -50,7 +50,7 @@ class Reader {
     return *this;
   }
 
-  // A number of at most so many bits, as FFTW prints it.
+  // A number of at most this many bits, as FFTW prints it.
   Reader& bits(unsigned count) {
     text("#x");
     unsigned long value = 0;

@@ -1,20 +1,19 @@
-// Wisdom that may be trusted: what FFTW is given to read, and what is written over.
+// Checks of wisdom before FFTW reads it and before its file is replaced.
 #pragma once
 
 #include <string_view>
 
 namespace fftwpp {
 
-// Whether text begins with wisdom in which every number fits its field. Like FFTW, takes any blanks
-// between the words and any text after the end. FFTW itself turns down unknown solvers and the
-// wisdom of other versions, but ends the process over a number that is too wide.
+// Whether text begins with wisdom in which every number fits its field. Like FFTW, accepts any
+// blanks between words and any text after the end. FFTW itself rejects unknown solvers and wisdom
+// of other versions. It ends the process if a number is too wide.
 bool is_sound_wisdom(std::string_view text);
 
-// Whether a file stands at name that can be read to its end, and soon: no pipe, device or folder,
-// and not far larger than wisdom ever is.
+// Whether name is a readable file of a plausible size: no pipe, device or folder.
 bool is_readable_wisdom(const char* name);
 
-// Whether a file stands at name, or nothing does: no pipe, device or folder.
+// Whether name is a file or does not exist: no pipe, device or folder.
 bool is_writable_wisdom(const char* name);
 
 }  // namespace fftwpp

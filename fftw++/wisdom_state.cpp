@@ -11,8 +11,8 @@ bool is_closed = false;
 
 }  // namespace
 
-// The file's too, though no plan of this process has asked for it yet: a run that goes on with this
-// text does not look there.
+// Reads the wisdom file too, even before the first plan: a run that resumes with this text does not
+// read it.
 std::string wisdom_text() {
   fftw_init_threads();
   fftw::ReadWisdom();
