@@ -16,14 +16,14 @@ namespace {
 int ranks = 1;
 int rank = 0;
 
-// From and to the one rank.
+// Copies lines from and to the only rank.
 void copy_lines(const void* from, void* to, Share wanted, std::size_t line_bytes) {
   std::memcpy(to,
               static_cast<const char*>(from) + static_cast<std::size_t>(wanted.begin) * line_bytes,
               static_cast<std::size_t>(wanted.size()) * line_bytes);
 }
 
-// Counts of the ranks' lines, their places in all, and which of its own a rank sends first.
+// Counts and displacements of the ranks' lines, and the offset of the first one that a rank sends.
 struct Lines {
   Lines(int n, Share wanted, std::size_t line_bytes) {
     for (int r = 0; r < ranks; ++r) {
@@ -52,13 +52,13 @@ struct Lines {
 void join(int& argc, char**& argv) {
   if (!has_launcher()) return;
   int given = 0;
-  // Threads of a rank compute; one of them speaks to the others.
+  // Threads of a rank compute; one of them communicates.
   MPI_Init_thread(&argc, &argv, MPI_THREAD_FUNNELED, &given);
   MPI_Comm_size(MPI_COMM_WORLD, &ranks);
   MPI_Comm_rank(MPI_COMM_WORLD, &rank);
 }
 
-// The others would wait for a process that ends in an error for ever.
+// After an error the other ranks would wait forever.
 int leave(int status) {
   int is_joined = 0;
   MPI_Initialized(&is_joined);
@@ -166,7 +166,7 @@ class Blocks {
 
 }  // namespace
 
-// In turn with every rank, itself first: at each turn a rank sends to one and receives from one.
+// Exchanges with every rank, itself first: in each turn a rank sends to one and receives from one.
 void transpose(int rows, int columns, const std::complex<double>* from, std::size_t from_step,
                std::complex<double>* to, std::size_t to_step) {
   const int own_rows = groups_of(share(rows).size());

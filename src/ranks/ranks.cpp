@@ -1,4 +1,4 @@
-// What follows from the number of ranks alone, and what follows from their collecting texts.
+// Functions of the number of ranks, and functions that gather texts.
 #include "ranks/ranks.h"
 
 #include <fcntl.h>
@@ -17,8 +17,8 @@ namespace ranks {
 
 namespace {
 
-// The variables in which launchers give the number of processes and the place of each: mpirun of
-// Open MPI, those that speak PMI, MVAPICH, and srun. A batch script itself has none of them.
+// The launchers' variables for the number of processes and the place of each: mpirun of Open MPI,
+// PMI launchers, MVAPICH, and srun. A batch script itself has none of them.
 struct Launcher {
   const char* processes;
   const char* number;
@@ -42,7 +42,7 @@ const Launcher* launcher() {
 
 }  // namespace
 
-// The program reads its environment in this file alone, and no result depends on it.
+// Only this file reads the environment. No result depends on it.
 
 // PMIx, which some launchers use alone, gives the place of a process but not their number.
 bool has_launcher() {
@@ -64,7 +64,7 @@ bool is_first_launched() {
 
 void require_alone(const std::string& why) {
   if (launched() == 1) return;
-  // The first one reports it, and most launchers then end the others.
+  // The first one reports it. Most launchers then end the others.
   if (!is_first_launched()) std::this_thread::sleep_for(std::chrono::seconds(2));
   diagnostics::fail("started as one of " + std::to_string(launched()) + " processes, but " + why);
 }

@@ -1,8 +1,8 @@
-// What the ranks of a run do together. Ranks are the processes that mpirun starts; each owns a
-// range of the rows of every slice. Without MPI, or started alone, a process is the one rank there
-// is, and everything here returns what it is given.
+// Operations of the ranks of a run. Ranks are the processes that mpirun starts; each owns a range
+// of the rows of every slice. Without MPI, or started alone, a process is the only rank. Every
+// function here then returns its input.
 //
-// Unless it says otherwise, a function must be called by all ranks, in the same order.
+// Unless stated otherwise, all ranks must call a function, in the same order.
 #pragma once
 
 #include <complex>
@@ -12,16 +12,15 @@
 
 namespace ranks {
 
-// Whether a launcher started this process, alone or with others: its variables are in the
-// environment.
+// Whether a launcher started this process, alone or with others, by its environment variables.
 bool has_launcher();
 
-// How many processes a launcher started together with this one, itself included; 1 without a
-// launcher, or if it does not give their number.
+// The number of processes that a launcher started together, this one included. 1 without a
+// launcher, or if it does not give the number.
 int launched();
 
-// Whether this process answers for those started together: a build without MPI always does, one
-// with MPI if it is the first.
+// Whether this process reports for all that were started together. A build without MPI always does;
+// with MPI only the first does.
 bool answers_for_all();
 bool is_first_launched();
 
@@ -29,16 +28,16 @@ bool is_first_launched();
 // without MPI throws Error if a launcher started it as one of several.
 void join(int& argc, char**& argv);
 
-// main calls it last and returns what it returns, the status. With status 0 it waits for the others
-// to end too; with any other it ends them.
+// main calls it last and returns its result, the status. With status 0 it waits for the others to
+// end. Any other status ends them.
 int leave(int status);
 
-// Throws Error, why in its message, if a launcher started it as one of several; what does
-// not join them calls it.
+// Throws Error, with why in its message, if a launcher started several processes. Code that does
+// not join the ranks calls it.
 void require_alone(const std::string& why);
 
-// Ends the process with a message if another of those started together works in the same folder,
-// where it would write the same files. The folder stays locked until this process ends.
+// Throws Error if another process of the launcher works in the same folder and would write the same
+// files. The folder stays locked until this process ends.
 void require_own_folder();
 
 int count();
@@ -48,15 +47,15 @@ inline bool is_first() {
   return mine() == 0;
 }
 
-// Lines of a slice are shared out in groups of this many, the number that transforms take at a
-// time.
+// The number of lines in a group, as many as transforms take at a time. Groups of a slice's lines
+// are distributed.
 constexpr int kGroup = 8;
 constexpr int groups_of(int lines) {
   return (lines + kGroup - 1) / kGroup;
 }
 
-// The lines that a rank owns of n: whole groups in the ranks' order. Numbers of groups differ by
-// one at most; the last group may be smaller. With more ranks than groups some ranks own none.
+// The lines of n that a rank owns: whole groups in the ranks' order. Numbers of groups differ by at
+// most one; the last group may be smaller. With more ranks than groups some own none.
 struct Share {
   int begin = 0, end = 0;
   [[nodiscard]] int size() const { return end - begin; }
@@ -70,11 +69,11 @@ inline Share share(int n) {
   return share_of(n, mine());
 }
 
-// Returns when all have come.
+// Barrier: returns when all ranks have called it.
 void meet();
 
-// Does work on the first rank, then on the others: what is wrong for all alike, such as a file that
-// cannot be read, ends the run before a second one reports it.
+// Does work on the first rank, then on the others. An error on all ranks, such as an unreadable
+// file, thus ends the run before a second report.
 template <typename Work>
 auto after_first(Work work) {
   struct Turn {
@@ -89,34 +88,34 @@ auto after_first(Work work) {
   return work();
 }
 
-// --- Decisions that all must take alike
+// --- Decisions that must be equal on all ranks
 
 bool any(bool mine);
 bool all(bool mine);
 int most(int mine);
-// The sums over all ranks of each of the values, added in the ranks' order: the same bits on all.
+// The sum of each value over all ranks, added in the ranks' order: bit-identical on all.
 void sum(double* values, std::size_t count);
 double sum(double value);
 
-// --- From one to all, and from all
+// --- Broadcast, gather, scatter
 
-// What the first rank gives.
+// The value of the first rank.
 double from_first(double value);
 std::string from_first(const std::string& text);
-// What all give, in their order.
+// The texts of all ranks, in their order.
 std::string from_all(const std::string& mine);
 
-// Of n shared lines of line_bytes bytes each, those in wanted, to all on the first rank. mine: the
-// rank's own lines. all is not read where it is not written.
+// Gathers the lines in wanted, of n shared lines of line_bytes bytes each, into all on the first
+// rank. mine: the rank's own lines. Other ranks do not use all.
 void gather_lines(const void* mine, void* all, int n, Share wanted, std::size_t line_bytes);
-// All lines on every rank.
+// Gathers all lines on every rank.
 void gather_lines_everywhere(const void* mine, void* all, int n, std::size_t line_bytes);
-// The way back: all is read on the first rank.
+// The inverse: all is read on the first rank.
 void scatter_lines(const void* all, void* mine, int n, std::size_t line_bytes);
 
-// Blocks of kGroup x kGroup values, one for each group of rows and of columns, go from the ranks
-// that own the rows to those that own the columns. Columns of blocks are from_step and to_step
-// values apart.
+// Sends blocks of kGroup x kGroup values from the owners of rows to the owners of columns. There is
+// one for each group of rows and of columns. Columns of blocks are from_step and to_step values
+// apart.
 //   from  [groups of columns][own groups of rows]
 //   to    [own groups of columns][groups of rows]
 // A single rank needs no exchange and must not call it.
