@@ -107,6 +107,7 @@ void PairRuns::share_pairs() {
     places_.place_of(pair, pairs_);
   }
   std::vector<std::uint32_t> place;
+  place.reserve(own.size());
   for (const IndexPair& pair : own) place.push_back(places_.place_of(pair, pairs_));
   for (Run& run : runs_) run.pair = place[run.pair];
   for (Alike& alike : in_order_) alike.pair = place[alike.pair];
