@@ -105,7 +105,10 @@ void fftw::Setup(Complex* in, Complex* out) {
 
   fftw_plan_with_nthreads(1);
   plan = Plan(in, out);
-  if (plan == nullptr) noplan();
+  if (plan == nullptr) {
+    Array::deleteAlign(scratch);
+    noplan();
+  }
   threads = 1;
   if (maxthreads > 1) TryThreads(in, out);
 
