@@ -16,7 +16,7 @@
 
 namespace {
 
-// Two materials in shapes that change from slice to slice, so pairs come and recur.
+// Two materials in shapes that change from slice to slice, so pairs recur.
 Scene random_stack(int nx, int ny, int nz, unsigned seed) {
   std::mt19937 generator(seed);
   std::uniform_real_distribution<double> spread(0.0, 1.0);
@@ -39,7 +39,7 @@ Scene random_stack(int nx, int ny, int nz, unsigned seed) {
 
 class FastScene : public testing::TestWithParam<NamedScene> {};
 
-// Round-off alone separates the two: a few thousand terms of a few units in the last place.
+// The two differ by round-off alone: a few thousand terms of a few units in the last place.
 TEST_P(FastScene, FastEqualsReference) {
   Scene reference = GetParam().make();
   reference.propagate();
@@ -58,8 +58,8 @@ TEST_P(FastScene, FastEqualsReference) {
 INSTANTIATE_TEST_SUITE_P(Every, FastScene, testing::ValuesIn(scene_table()),
                          [](const auto& named) { return named.param.name; });
 
-// Left out, the drift of the axes costs 1e-7 of the field here; a hundred slices of it, and of the
-// round-off, must leave 1e-11.
+// Without the correction of two pi in the axes, the error is 1e-7 of the field here. A hundred
+// slices must leave 1e-11, round-off included.
 TEST(Fast, StaysWithTheReferenceForAHundredSlices) {
   for (const auto& [nx, ny] : {std::pair(24, 24), std::pair(21, 21), std::pair(20, 28)}) {
     Scene reference = random_stack(nx, ny, 101, 7);
@@ -77,9 +77,9 @@ bool is_same(double a, double b) {
   return a == b || (std::isnan(a) && std::isnan(b));
 }
 
-// Which sum a run took shows in its last bits: the direct sum's are the reference's. Transforms
-// serve several plane waves at few pairs of indices, of amplitudes, or gains, that single precision
-// holds with room to spare; the rest, infinities and NaN among it, is the direct sum's.
+// The last bits show which sum a run took: the direct sum has the reference's. Transforms need
+// several plane waves and few pairs of indices. Amplitudes and gains must be well within single
+// precision. The direct sum takes the rest, infinities and NaN included.
 TEST(Fast, TakesTransformsWhereTheyServeAndElseTheDirectSum) {
   struct Case {
     const char* what;
@@ -117,7 +117,7 @@ TEST(Fast, TakesTransformsWhereTheyServeAndElseTheDirectSum) {
   }
 }
 
-// A NaN in one sample is NaN everywhere one step on: what the direct sum has, without its work.
+// A NaN in one sample is NaN everywhere after one step, as by the direct sum but without its work.
 TEST(Fast, NeedsNoSumWhereEverythingIsNaN) {
   Scene reference = random_stack(20, 14, 5, 7);
   reference.E[reference.index(0, 3, 5)] = NAN;
@@ -136,8 +136,8 @@ TEST(Fast, NeedsNoSumWhereEverythingIsNaN) {
   }
 }
 
-// However near to the cut-off of 1e-4 a raw transform value lies, its modulus decides; and a single
-// one that is not tame is noticed wherever it stands.
+// The modulus of a raw transform value decides, however near it is to the cut-off of 1e-4. One
+// value that does not fit single precision is found at any place.
 TEST(Fast, JudgesPlaneWavesByTheirModulus) {
   constexpr int kValues = 401;
   std::vector<cpx> S;
@@ -160,7 +160,7 @@ TEST(Fast, JudgesPlaneWavesByTheirModulus) {
     }
 }
 
-// Axes of another making are not a transform's.
+// Transforms need regular axes.
 TEST(Fast, TakesOnlyRegularAxesForTransforms) {
   const Scene scene(9, 8, 2, 0.3e-6, 0.35e-6, 0.25e-6, 1e-6);
   EXPECT_TRUE(wpm::is_regular(scene.KX.data(), scene.X.data(), 9));
@@ -171,7 +171,7 @@ TEST(Fast, TakesOnlyRegularAxesForTransforms) {
   const std::vector<double> zeros(9);
   EXPECT_FALSE(wpm::is_regular(scene.KX.data(), zeros.data(), 9));
 
-  // A grid without a width has axes that are no transform's: the direct sum's bits.
+  // A grid of zero width has no regular axes: the bits are the direct sum's.
   Scene flat(8, 6, 3, 0.0, 0.3e-6, 0.25e-6, 1e-6);
   Scene fast = flat;
   EXPECT_EQ(flat.propagate_by(make_direct_stepper).direct, 2);
@@ -179,7 +179,7 @@ TEST(Fast, TakesOnlyRegularAxesForTransforms) {
   EXPECT_EQ(std::memcmp(flat.E.data(), fast.E.data(), flat.E.size() * sizeof(cpx)), 0);
 }
 
-// The cheaper sum: transforms where plane waves are many, the direct sum of a single one.
+// The cheaper sum: transforms for many plane waves, the direct sum for a single one.
 TEST(Fast, TakesTheCheaperSum) {
   Scene guide = random_stack(24, 24, 4, 7);
   const PropagationTotals many = guide.propagate_by(make_fast_stepper);
@@ -191,7 +191,7 @@ TEST(Fast, TakesTheCheaperSum) {
   EXPECT_EQ(single.direct, 2);
 }
 
-// Pairs are found once for a uniform segment, and anew for the next.
+// Pairs are found once for each uniform segment.
 TEST(Fast, KnowsAUniformSegmentByItsNumber) {
   Scene scene = random_stack(16, 12, 3, 3);
   const auto stepper = make_fast_stepper(scene.grid(), scene.options());
@@ -210,7 +210,7 @@ TEST(Fast, KnowsAUniformSegmentByItsNumber) {
   EXPECT_NE(stepped(second, 5), of_first);
 }
 
-// What a step reports of its slice is what the slice holds, to the bit: whole volumes have F alone.
+// The reported flux is the sum of F to the bit, because whole volumes have F alone.
 TEST(Fast, ReportsTheFluxAndTheStateOfItsSlice) {
   for (const auto& [nx, ny] : {std::pair(40, 40), std::pair(21, 28)}) {
     Scene scene = random_stack(nx, ny, 6, 11);
@@ -228,11 +228,11 @@ TEST(Fast, ReportsTheFluxAndTheStateOfItsSlice) {
       EXPECT_NE(*result.flux, 0.0);
       EXPECT_EQ(*result.state, FieldState::kLight) << k;
     }
-    // After the direct sum nothing is known.
+    // The direct sum reports neither.
     scene.E[4 * plane] = std::nan("");
     const StepResult unknown = step(*stepper, slice(4), slice(5));
     EXPECT_FALSE(unknown.flux || unknown.state);
-    // Nothing is left of an index without a propagating wave.
+    // An index without a propagating wave leaves no field.
     Scene dark(24, 24, 2, 0.3e-6, 0.2e-6, 40e-6, 1e-6);
     for (std::size_t s = 0; s < dark.N.size(); ++s) dark.N[s] = cpx(s % 24 < 9 ? 1.5 : 1.4, 9.0);
     dark.illuminate([](double x, double y) { return std::exp(-(x * x + 2 * y * y) / 1e-12); });
@@ -261,8 +261,8 @@ TEST(FieldStates, SeesOneSampleAmongAll) {
     }
 }
 
-// Terms that fall between two numbers of the sum, half way too, that leave it as it is, that pass
-// many powers of two, and that are none of it.
+// Terms between two numbers of the sum, also half way; without effect; over many powers of two; and
+// none of these.
 TEST(Sums, OfTheSameTermHaveTheBitsOfTheLoop) {
   std::mt19937_64 generator(5);
   std::uniform_real_distribution<double> spread(1.0, 2.0);
@@ -275,7 +275,7 @@ TEST(Sums, OfTheSameTermHaveTheBitsOfTheLoop) {
   };
   for (int trial = 0; trial < 4000; ++trial) {
     const double sum = std::ldexp(spread(generator), trial % 61 - 30);
-    // With the last bits of term in and about the last place of the sum.
+    // The last bits of term are in and about the last place of the sum.
     const double units = static_cast<double>(generator() % 4096) / (trial % 3 == 0 ? 4.0 : 8.0);
     expect_same(sum, std::ldexp(units, trial % 61 - 30 - 52), generator() % 3000);
     expect_same(trial % 7 == 0 ? 0.0 : sum, std::ldexp(spread(generator), trial % 37 - 20), 3000);

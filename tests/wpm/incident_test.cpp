@@ -1,4 +1,4 @@
-// Waves that are added to one another, modes and files, and what is said of a useless field.
+// Sums of waves, modes and files, and warnings about a useless field.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -49,9 +49,9 @@ struct_emfield wave(shape s, double amp, double theta = 0, bool add = false) {
   return f;
 }
 
-// Two plane waves at +-30 degrees: a period of lambda / (2 sin 30) = 1 um, four samples, dark
-// between; sin 30 is good to 1e-9 of the nine digits of pi. The flux of waves that the grid tells
-// apart is the sum of theirs.
+// Two plane waves at +-30 degrees have a period of lambda / (2 sin 30) = 1 um, four samples, dark
+// between. Nine digits of pi give sin 30 to 1e-9. The flux of waves that the grid resolves is the
+// sum of theirs.
 TEST(Incident, AddedWavesInterfere) {
   Bench bench;
   bench.lay({wave(GAUSSIAN, 5), wave(PLANE, 1, 30), wave(PLANE, 1, -30, true)});
@@ -62,7 +62,7 @@ TEST(Incident, AddedWavesInterfere) {
   EXPECT_NEAR(bench.flux() / (2 * alone.flux()), 1.0, 1e-7);
 }
 
-// A wave in two halves is the wave; one that replaces makes an end of what was added before it.
+// Two halves of a wave add up to the wave. A wave that replaces removes those before it.
 TEST(Incident, SumsBeginAnewWithAWaveThatReplaces) {
   Bench whole;
   whole.lay({wave(PLANE, 3, 20)});
@@ -73,7 +73,7 @@ TEST(Incident, SumsBeginAnewWithAWaveThatReplaces) {
     EXPECT_LE(std::abs(halves.E[s] - whole.E[s]), 1e-14);
     EXPECT_NEAR(halves.F[s] / whole.F[s], 1.0, 1e-14);
   }
-  Bench first;  // nothing stands before it
+  Bench first;  // no wave is before it
   first.lay({wave(PLANE, 3, 20, true)});
   EXPECT_EQ(first.E, whole.E);
 }
@@ -129,7 +129,7 @@ TEST(Incident, UselessFieldsDrawAWarningWithTheLikelyReason) {
 
 #if ZERITH_HAS_HDF5
 
-// Files of a wave beside a configuration in the same folder.
+// Files of a wave in the folder of the configuration.
 class FileWave : public testing::Test {
  protected:
   FileWave() {
@@ -161,7 +161,7 @@ constexpr auto kWavy = [](double x, double y, hsize_t k) {
   return std::exp(cpx(-0.01 * x * x, 0.3 * y)) / (1.0 + static_cast<double>(k));
 };
 
-// With attributes, with dx and dy, and with neither; a part of the grid stands where it was taken.
+// The file has attributes, dx and dy, or neither. A part of the grid keeps its place.
 TEST_F(FileWave, OnTheSamplesOfTheFileIsTheFileToTheLastBit) {
   save(1, 12, 16, kWavy, {0.25e-6, 0.5e-6, 1e-7}, {-8 * 0.25e-6, -6 * 0.5e-6, 3e-6});
   bench.lay({f});
@@ -190,7 +190,7 @@ TEST_F(FileWave, OnTheSamplesOfTheFileIsTheFileToTheLastBit) {
                                     : values[static_cast<std::size_t>((j - 7) * 7 + i - 5)]);
 }
 
-// Cubic convolution gives a quadratic back exactly, at the rim too, and nothing beyond it.
+// Cubic convolution reproduces a quadratic exactly, also at the rim, and is 0 beyond it.
 TEST_F(FileWave, IsInterpolatedBetweenTheSamplesOfTheFile) {
   const auto quadratic = [](double x, double y) { return cpx(1 + x * x - x * y, 2 * y * y - x); };
   // 5 x 4 samples of 0.6 by 0.9 um: x from -1.2 to 1.2, y from -1.8 to 0.9.

@@ -12,7 +12,7 @@ struct Fibre {
   double radius, core, cladding, lambda;
 };
 
-// Weak, strong, thick and thin, one of which guides hardly anything.
+// Weak, strong, thick and thin fibres; one hardly guides.
 constexpr Fibre kFibres[] = {{5.0, 1.46, 1.45, 1.0},
                              {4.1, 1.4504, 1.4447, 1.55},
                              {0.4, 2.0, 1.0, 1.0},
@@ -23,8 +23,8 @@ TEST(Lp01, EffectiveIndexOfAThickCore) {
   EXPECT_NEAR(Lp01(5.0, 1.46, 1.45, 2 * M_PI).effective_index(), 1.458586, 1e-6);
 }
 
-// The mode solves the scalar wave equation f'' + f'/rho = (beta^2 - k0^2 n^2) f on either side, and
-// is smooth across the boundary.
+// The mode solves the scalar wave equation f'' + f'/rho = (beta^2 - k0^2 n^2) f on both sides of
+// the boundary, and is smooth across it.
 TEST(Lp01, SolvesTheWaveEquation) {
   for (const auto& [radius, core, cladding, lambda] : kFibres) {
     SCOPED_TRACE(testing::Message() << "radius " << radius);
@@ -39,7 +39,7 @@ TEST(Lp01, SolvesTheWaveEquation) {
       const double rho = r * radius, f = mode(rho), after = mode(rho + h), before = mode(rho - h);
       const double n = r < 1 ? core : cladding;
       const double transverse = k0 * k0 * (neff * neff - n * n);
-      // Central differences err by h^2/12 of the fourth derivative: scale^4 at the most.
+      // Central differences err by h^2/12 of the fourth derivative, at most scale^4.
       EXPECT_NEAR(((after - 2 * f + before) / h + (after - before) / (2 * rho)) / h, transverse * f,
                   1e-6 * scale * scale * std::fabs(f));
     }

@@ -1,4 +1,4 @@
-// Many pairs of indices by a few functions, within a tolerance.
+// Sums of many pairs of indices by a few functions, within a tolerance.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -11,8 +11,8 @@
 
 namespace {
 
-// A graded lens, thicker and its range of indices wider along z if it grows, lit by a beam off its
-// axis: hundreds of indices, or as many as it has levels.
+// A graded lens, lit by a beam off its axis. It has hundreds of indices, or one per level. If it
+// grows, its thickness and its range of indices increase along z.
 Scene graded_lens(bool grows, double extinction, double tolerance, int levels = 250) {
   Scene scene(64, 64, 6, 0.35e-6, 0.3e-6, 0.2e-6, 1e-6);
   scene.is_trimmed = false;
@@ -33,7 +33,7 @@ Scene graded_lens(bool grows, double extinction, double tolerance, int levels = 
   return scene;
 }
 
-// The bound is the user's, for each of five steps; the flux is held likewise.
+// The tolerance bounds the field and the flux of each of five steps.
 TEST(ManyPairs, StayWithinTheTolerance) {
   for (const bool grows : {false, true})
     for (const double extinction : {0.0, 0.01})
@@ -49,7 +49,7 @@ TEST(ManyPairs, StayWithinTheTolerance) {
       }
 }
 
-// What was found at a few samples is an error that there is.
+// The error found at a few samples is at most the real one.
 TEST(ManyPairs, SayWhatErrorWasFound) {
   Scene scene = graded_lens(true, 0.0, 1e-4);
   const auto stepper = make_fast_stepper(scene.grid(), scene.options());
@@ -63,7 +63,7 @@ TEST(ManyPairs, SayWhatErrorWasFound) {
   EXPECT_LE(result.error, 1.01 * difference(exact, scene, 1).field);
 }
 
-// Steps of trimmed coefficients, and cut-offs in a spectrum that is full at them, are not smooth.
+// Trimmed coefficients have steps, and a full spectrum has sharp cut-offs: neither is smooth.
 TEST(ManyPairs, LeaveToTheExactSumWhatIsNotSmooth) {
   Scene trimmed = graded_lens(true, 0.0, 1e-6);
   trimmed.is_trimmed = true;
@@ -73,8 +73,8 @@ TEST(ManyPairs, LeaveToTheExactSumWhatIsNotSmooth) {
   EXPECT_LT(sharp.propagate_by(make_fast_stepper).interpolated, 5);
 }
 
-// A few levels are summed sooner one by one than functions for them are found, also where they are
-// looked for again.
+// A few levels are summed one by one faster than functions for them are found, also when the search
+// repeats.
 TEST(ManyPairs, LeaveToTheExactSumWhatItDoesSooner) {
   Scene exact = graded_lens(true, 0.0, 0, 4);
   Scene within = graded_lens(true, 0.0, 1e-4, 4);
@@ -83,7 +83,7 @@ TEST(ManyPairs, LeaveToTheExactSumWhatItDoesSooner) {
   EXPECT_EQ(exact.E, within.E);
 }
 
-// Slices that no functions serve, as their loss is not smooth in TM, cost their own steps alone.
+// Slices whose loss is not smooth in TM get no functions. They cost only their own steps.
 TEST(ManyPairs, ServeAgainBehindSlicesThatTheyDoNot) {
   Scene scene = graded_lens(true, 0.0, 1e-3);
   scene.pol = TM;
@@ -91,8 +91,7 @@ TEST(ManyPairs, ServeAgainBehindSlicesThatTheyDoNot) {
   EXPECT_EQ(scene.propagate_by(make_fast_stepper).interpolated, 1);
 }
 
-// Many pairs, each met again and again: as many are found as there are, and each sample has its
-// own.
+// Many recurring pairs: each is found once, and each sample has its own.
 TEST(IndexPairs, AreDistinctAndEachSamplesOwn) {
   constexpr std::size_t kSamples = 5000, kIndices = 30;
   std::mt19937 random(1);
@@ -112,7 +111,7 @@ TEST(IndexPairs, AreDistinctAndEachSamplesOwn) {
   }
 }
 
-// Random rows of rank three: three of them make up all others.
+// Random rows of rank three: all are combinations of three of them.
 TEST(Skeleton, FindsTheRank) {
   std::mt19937 generator(1);
   std::normal_distribution<double> normal;

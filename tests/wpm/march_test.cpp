@@ -1,4 +1,4 @@
-// The loop over slices: who is called when, and that a device's stepper gives the same slices.
+// The loop over slices: the order of calls, and the same slices from a device's stepper.
 #include "wpm/march.h"
 
 #include <gtest/gtest.h>
@@ -21,8 +21,8 @@ Grid grid_of(int nz) {
 
 using Events = std::vector<std::string>;
 
-// Two slices' worth of room, as a stream has; a slice that is painted is the index k + 1, and wrong
-// numbers in E and F.
+// Room for two slices, as in a stream. A painted slice has index k + 1, and wrong numbers in E and
+// F.
 class TwoSlices : public Slices {
  public:
   TwoSlices(Events& events, SliceDevice* device, bool are_kept, int first)
@@ -65,7 +65,7 @@ class Screen : public FieldMask {
   double factor_;
 };
 
-// Halves what is left after every step, by factors that a device can apply.
+// Halves the field after every step, by factors that a device can apply.
 class Halving : public FieldMask {
  public:
   explicit Halving(Events& events) : events_(events) {}
@@ -100,7 +100,7 @@ class Times : public Stepper {
   Events& events_;
 };
 
-// The same on a device, which keeps the field to itself and copies what is requested of it.
+// The same on a device, which keeps the field and copies what is requested of it.
 class TimesOnDevice : public Stepper, public SliceDevice {
  public:
   explicit TimesOnDevice(Events& events) : events_(events) {}
@@ -219,7 +219,7 @@ Outcome propagated(const Settings& settings) {
   return outcome;
 }
 
-// Slice k is painted with index k + 1, and halved: 1, 1, 1.5, 3 doubled, 15.
+// Slice k has index k + 1 and is halved: 1, 1, 1.5, 3 doubled, 15.
 TEST(Propagate, GivesTheSameSlicesOnHostAndDevice) {
   for (const bool on_device : {false, true}) {
     for (const bool are_kept : {false, true}) {
@@ -232,22 +232,22 @@ TEST(Propagate, GivesTheSameSlicesOnHostAndDevice) {
       EXPECT_EQ(outcome.totals.transforms, 4);
       EXPECT_EQ(outcome.totals.error, 0.25);
     }
-    // After slice 2, of which the field is 1 here.
+    // After slice 2, whose field is 1 here.
     const Outcome rest = propagated({.on_device = on_device, .after = 2});
     EXPECT_EQ(rest.taken, (std::vector<double>{4, 10, 0, 10}));
     EXPECT_EQ(rest.kept, (std::vector<double>{10, 10}));
     for (const int nz : {0, 1})
       EXPECT_EQ(propagated({.nz = nz, .on_device = on_device}).taken.size(),
                 2U * static_cast<unsigned>(nz));
-    // The state that a stepper found is not that of a slice which a mask changed.
+    // The stepper's state of a slice is no longer true after a mask changed the slice.
     const Outcome dark = propagated({.on_device = on_device, .screen = 0.0});
     EXPECT_TRUE(dark.verdict.starts_with("the field is zero from slice 3 on")) << dark.verdict;
   }
 }
 
-// A step of the host is handed over as soon as it is made, so that a stopped run loses none. During
-// a step of a device the slice before it is handed over, the one after it is painted, and its step
-// prefetched. A slice with several masks is masked on the host, and the field goes back.
+// A step on the host is handed over as soon as it is made: a stopped run loses none. During a step
+// on a device, the loop hands over the slice before, paints the slice after and prefetches its
+// step. Several masks are applied on the host, and the field goes back.
 TEST(Propagate, WorksDuringAStepOfADevice) {
   EXPECT_EQ(propagated({.nz = 3}).events,
             (Events{"paint 0", "take 0", "paint 1", "step", "halve 1", "take 1", "paint 2", "step",
@@ -282,7 +282,7 @@ TEST(Propagate, WorksDuringAStepOfADevice) {
   EXPECT_NEAR(on_device.totals.steps, 4000, 1);
 }
 
-// A sink of nothing but what it requires.
+// A sink that only requires.
 class Requiring : public Sink {
  public:
   explicit Requiring(const SliceRequest& parts) : request_(parts) {}

@@ -1,4 +1,4 @@
-// What multiplies a slice's field: the absorbing edge and screens.
+// Masks on the field of a slice: the absorbing edge and screens.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -15,7 +15,7 @@
 
 namespace {
 
-// 20 x 15 samples of 0.5 by 0.8 um, that is 10 by 12 um, and 4 slices.
+// 20 x 15 samples of 0.5 by 0.8 um (10 by 12 um), and 4 slices.
 Grid grid(double dz = 0.4) {
   struct_sysOptions so;
   so.nx = 20, so.ny = 15, so.nz = 4;
@@ -28,8 +28,8 @@ std::vector<cpx> unit_field() {
   return std::vector<cpx>(300, 1.0);
 }
 
-// What an edge takes over a length of the way does not depend on the number of steps; the field of
-// slice 0 has come no way.
+// The loss over a distance does not depend on the number of steps. The field of slice 0 has no
+// loss.
 TEST(Edge, TakesTheSameInOneStepAsInTen) {
   std::vector<cpx> once = unit_field();
   EdgeMask(grid(1.0), 3e-6, 1e-6).apply(1, once.data());
@@ -37,11 +37,11 @@ TEST(Edge, TakesTheSameInOneStepAsInTen) {
   EdgeMask fine(grid(0.1), 3e-6, 1e-6);
   for (int k = 0; k <= 10; ++k) fine.apply(k, often.data());
   for (std::size_t s = 0; s < 300; ++s) EXPECT_LE(std::abs(once[s] - often[s]), 1e-14);
-  EXPECT_EQ(once[7 * 20 + 10], 1.0);  // the middle is left alone
+  EXPECT_EQ(once[7 * 20 + 10], 1.0);  // no loss in the middle
 }
 
-// In x and in y alike; rates add up in the corners; nothing at its inner border. At the side, where
-// u = 1, the rate is A/w (1/0.3)^2 / 1.5208, A = 1.5 + 3/3.
+// The loss is alike in x and y and zero at the inner border. Rates add up in the corners. At the
+// side, u = 1, the rate is A/w (1/0.3)^2 / 1.5208 with A = 1.5 + 3/3.
 TEST(Edge, RisesTowardsEverySide) {
   EXPECT_EQ(edge_absorption(0.0, 3e-6, 1e-6), 0.0);
   EXPECT_NEAR(edge_absorption(3e-6, 3e-6, 1e-6) * 3e-6, 2.5 * (100.0 / 9) / 1.52079, 1e-3);
@@ -50,17 +50,17 @@ TEST(Edge, RisesTowardsEverySide) {
   const auto loss = [&](int i, int j) {
     return -std::log(field[static_cast<std::size_t>(j * 20 + i)].real());
   };
-  for (int i = 0; i < 20; ++i)  // i = 0 lies on the side, its neighbours at equal distances
+  for (int i = 0; i < 20; ++i)  // i = 0 is on the side, its neighbours at equal distances
     EXPECT_NEAR(loss(i, 7),
                 edge_absorption(3e-6 - 0.5e-6 * std::min(i, 20 - i), 3e-6, 1e-6) * 0.4e-6, 1e-12);
-  for (int j = 0; j < 15; ++j)  // an odd number: the side lies between the last and the first
+  for (int j = 0; j < 15; ++j)  // odd: the side is between the last and the first
     EXPECT_NEAR(loss(10, j),
                 edge_absorption(3e-6 - 0.8e-6 * std::min(j + 0.5, 14.5 - j), 3e-6, 1e-6) * 0.4e-6,
                 1e-12);
   EXPECT_NEAR(loss(1, 2), loss(1, 7) + loss(10, 2), 1e-14);
 }
 
-// The strength, the rate's integral, is 1.5 + width / (3 wavelength) within 2 and 5.
+// The strength is the rate's integral: 1.5 + width / (3 wavelength), at least 2 and at most 5.
 TEST(Edge, StrengthFollowsItsWidthInWavelengths) {
   struct Case {
     double width, strength;
@@ -93,7 +93,7 @@ TEST(Edge, WidthEndsAtHalfTheDomain) {
   EdgeMask(grid(), 5e-6, 1e-6).apply(1, field.data());
   EXPECT_EQ(field[7 * 20 + 10], 1.0);
   EXPECT_ERROR(EdgeMask(grid(), 5.1e-6, 1e-6), "wider than half");
-  Grid line = grid();  // one sample is no axis with sides
+  Grid line = grid();  // an axis of one sample has no sides
   line.ny = 1;
   std::vector<cpx> row(20, 1.0);
   EdgeMask(line, 5e-6, 1e-6).apply(1, row.data());
@@ -121,13 +121,13 @@ double open_area(const std::vector<cpx>& field) {
   return sum;
 }
 
-// Levels bring the area of a hole from that of whole samples to that of the figure, to half a step
-// of each sample on its rim: 0.4/32 um^2 each, of either sign.
+// With levels the area of a hole is that of the figure, to half a step of each sample on its rim.
+// That is 0.4/32 um^2 each, of either sign.
 TEST(Screens, HolesHaveTheirAreaInLevels) {
   struct_layer round = screen();
   round.r = 3.1, round.x = 0.3, round.offsety = -0.6, round.offsetx = 0.2;
   const double area = M_PI * 3.1 * 3.1;
-  EXPECT_GT(std::fabs(open_area(behind({{2, round}}, 2)) - area), 0.05);  // stairs
+  EXPECT_GT(std::fabs(open_area(behind({{2, round}}, 2)) - area), 0.05);  // whole samples
   round.levels = 16;
   EXPECT_NEAR(open_area(behind({{2, round}}, 2)), area, 0.05);
   const std::vector<cpx> field = behind({{2, round}}, 2);
@@ -150,7 +150,7 @@ TEST(Screens, StandOnTheirSliceAloneAndMultiply) {
   const std::vector<cpx> field = behind(screens, 2);
   EXPECT_EQ(field[7 * 20 + 10], 0.5);
   EXPECT_EQ(field[7 * 20], 0.125);
-  // The middle of a sample on the rim counts as open.
+  // A sample with its middle on the rim is open.
   EXPECT_EQ(field[7 * 20 + 14], 0.5);
   EXPECT_EQ(field[7 * 20 + 15], 0.125);
   for (const int slice : {4, -1})

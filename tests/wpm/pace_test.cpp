@@ -1,14 +1,14 @@
-// How many threads steps take, by what they took: of a machine that the test makes up.
+// Thread counts that Pace chooses from the times of steps on a simulated machine.
 #include "wpm/pace.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-// Steps of a unit of work each on four threads; one and all take the seconds given.
+// Steps of one unit of work on four threads. one and all take the given seconds.
 class Machine {
  public:
-  // How many of so many steps took all threads.
+  // Returns how many of the steps used all threads.
   int run(int steps, double with_one, double with_all, double work = 1.0) {
     int all = 0;
     for (int step = 0; step < steps; ++step) {
@@ -39,7 +39,7 @@ TEST(Pace, KeepsToTheFasterSide) {
   }
 }
 
-// Steps of many pairs take longer, and say nothing about the side.
+// Steps of many pairs take longer. Pace compares times per unit of work.
 TEST(Pace, MeasuresByTheWork) {
   Machine machine;
   int all = 0;
@@ -47,7 +47,7 @@ TEST(Pace, MeasuresByTheWork) {
   EXPECT_GE(all, 1700);
 }
 
-// Long before the next trial is due.
+// Pace notices the change long before the next trial.
 TEST(Pace, NoticesAMachineThatBecomesBusyAndIdleAgain) {
   Machine machine;
   machine.run(3000, 1e-3, 0.6e-3);

@@ -1,4 +1,4 @@
-// The propagator against the plain nest of loops, and the edges of its cases.
+// The propagator against plain nested loops, and its edge cases.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -26,7 +26,7 @@ class Threads {
 
 class ReferenceScene : public testing::TestWithParam<NamedScene> {};
 
-// Equality, not tolerance: economies may change no bit, and neither may the number of threads.
+// Equality, not tolerance: neither optimisations nor the number of threads may change a bit.
 TEST_P(ReferenceScene, EqualsThePlainNestForAnyNumberOfThreads) {
   Scene expected = GetParam().make();
   expected.propagate(plain_nest_3D);
@@ -56,7 +56,7 @@ TEST(Propagator, CarriesTheStrangeBitForBitToo) {
        {Strange{"index 0", 1.0, 0.0}, Strange{"infinite field", inf, 1.0},
         Strange{"NaN field", nan, 1.0}, Strange{"NaN index", 1.0, nan},
         Strange{"infinite index", 1.0, inf}, Strange{"enormous gain", 1.0, {1.0, -1e9}},
-        // e^709.95 is infinite, its products with sines and cosines of both parts often are not.
+        // e^709.95 is infinite; its products with sines and cosines of both parts often are not.
         Strange{"gain at the exponential's end", 1.0, {1.0, -709.95 / (6.2831853 * 0.25)}},
         Strange{"enormous loss", 1.0, {1.0, 1e9}}, Strange{"negative index", 1.0, -1.5}}) {
     const auto make = [&] {
@@ -69,7 +69,7 @@ TEST(Propagator, CarriesTheStrangeBitForBitToo) {
     expected.propagate(plain_nest_3D);
     Scene scene = make();
     scene.propagate();
-    // The sign of a NaN is nobody's: compare the bits of numbers alone.
+    // The sign of a NaN is undefined: compare only the bits of numbers.
     for (std::size_t s = 0; s < scene.E.size(); ++s) {
       for (const auto& [a, b] : {std::pair(scene.E[s].real(), expected.E[s].real()),
                                  std::pair(scene.E[s].imag(), expected.E[s].imag()),
@@ -85,7 +85,7 @@ TEST(Propagator, LeavesSingleSlicesAndDarknessAlone) {
   single.propagate();
   EXPECT_EQ(single.at(0, 3, 3), cpx(1.0));
 
-  // A raw coefficient, the sum over 64 samples, whose modulus is under 0.0001 is lost in one step.
+  // A raw coefficient is the sum over 64 samples. A modulus under 0.0001 is dropped.
   for (const auto& [raw, is_lost] : {std::pair(cpx(0.99e-4), true),
                                      {1.01e-4, false},
                                      {{0.7e-4, -0.7e-4}, true},
@@ -99,13 +99,13 @@ TEST(Propagator, LeavesSingleSlicesAndDarknessAlone) {
     }
 }
 
-// An index of 0 makes kz NaN for every plane wave but that of frequency zero, whose kz of 0 counts
-// as evanescent.
+// An index of 0 makes kz NaN for every plane wave except frequency zero. Its kz of 0 counts as
+// evanescent.
 TEST(Propagator, VerticalIncidenceAloneEscapesAnIndexOfZero) {
   Scene scene(8, 8, 2, 0.5e-6, 0.5e-6, 0.5e-6, 1e-6);
   scene.fill(0, 2, 0.0);
   scene.propagate();
-  EXPECT_EQ(scene.at(1, 4, 4), cpx(1.0));  // evanescent throughout: carried with its f, no phase
+  EXPECT_EQ(scene.at(1, 4, 4), cpx(1.0));  // evanescent: its amplitude stays, without a phase
   EXPECT_EQ(scene.flux(1), 0.0);
   scene.illuminate([](double x, double) { return x < 0 ? 1.0 : 0.0; });
   scene.propagate();

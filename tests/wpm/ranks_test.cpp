@@ -1,4 +1,4 @@
-// What ranks share out.
+// The division of lines among ranks.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -10,8 +10,8 @@
 
 namespace {
 
-// Whole groups of eight lines, then the rest: every line once, no rank with more than one group
-// more than another, the first rank with the first line.
+// Whole groups of eight lines, then the rest. Every line has one rank. Ranks differ by at most one
+// group. The first rank has the first line.
 TEST(Ranks, SharesCoverEverythingOnce) {
   for (const int n : {0, 1, 8, 9, 18, 64, 1000})
     for (const int count : {1, 2, 3, 5, 11}) {
@@ -30,7 +30,7 @@ TEST(Ranks, SharesCoverEverythingOnce) {
     }
 }
 
-// A rank's own rows of a rolling pair and of the masks are those of the whole slice.
+// A rank's rows of a rolling pair and of the masks are those of the whole slice.
 TEST(Ranks, WindowsAreRowsOfTheWhole) {
   struct_sysOptions so;
   so.reset();

@@ -7,8 +7,8 @@
 
 namespace {
 
-// An 8 x 8 x 2 grid of samples 0.5 um apart in x and 0.25 um in y, slice 0 of index 1.5, the
-// volumes full of rubbish.
+// An 8 x 8 x 2 grid of samples 0.5 um apart in x and 0.25 um in y. Slice 0 has index 1.5. The
+// volumes start with wrong numbers.
 struct Bench {
   Bench() {
     so.nx = so.ny = 8;
@@ -41,9 +41,9 @@ struct_emfield wave(shape s, double lambda) {
   return f;
 }
 
-// A plane wave goes on by n s.dr/lambda turns from sample to sample, n that of slice 0, moves with
-// its position and turns back by n s_z z/lambda. Constants cut at ten digits leave 1e-8 of a phase
-// of a few turns.
+// The phase grows by n s.dr/lambda turns from sample to sample, n of slice 0. The wave moves with
+// its position and turns back by n s_z z/lambda. Constants have ten digits: 1e-8 of a phase of a
+// few turns.
 TEST(Sources, PlaneWaveFollowsItsDirectionInTheLocalIndex) {
   struct_emfield f = wave(PLANE, 1.0);
   f.theta = 30, f.phi = 60;
@@ -70,8 +70,8 @@ TEST(Sources, PlaneWaveFollowsItsDirectionInTheLocalIndex) {
   EXPECT_EQ(bench.F[127], 0.0);
 }
 
-// At a distance of sigma the field is exp(-1/pi) of the peak, along either axis; the axes' parts
-// multiply. The flux has no envelope.
+// At a distance of sigma along either axis the field is exp(-1/pi) of the peak. The field is a
+// product of one factor per axis. The flux has no envelope.
 TEST(Sources, GaussianWaveHasItsEnvelopeInTheFieldAndNotInTheFlux) {
   Bench bench;
   struct_emfield f = wave(GAUSSIAN, 1.0);
@@ -86,7 +86,7 @@ TEST(Sources, GaussianWaveHasItsEnvelopeInTheFieldAndNotInTheFlux) {
 
 TEST(Sources, RandomWaveTakesTheUnseededSequenceColumnByColumn) {
   Bench bench;
-  std::srand(1);  // what an unseeded generator starts from
+  std::srand(1);  // the seed of an unseeded generator
   struct_emfield f = wave(RANDOM, 1.0);
   f.amp = 0.5;
   bench.lay({f});
@@ -96,7 +96,7 @@ TEST(Sources, RandomWaveTakesTheUnseededSequenceColumnByColumn) {
       EXPECT_NEAR(bench.at(ix, iy).real(), (std::rand() % 1000) / 1000.0 * 0.25, 1e-16);
 }
 
-// Waves do not add up: the last decides the field, the first the wavelength.
+// Waves do not add up: the last sets the field, the first the wavelength.
 TEST(Sources, LastWaveDecidesTheFieldAndTheFirstTheWavelength) {
   constexpr const char* kWarning =
       "\033[31m[W]\tAttention! Multiple wavelengths specified in configuration file.\033[0m\n";
@@ -110,7 +110,7 @@ TEST(Sources, LastWaveDecidesTheFieldAndTheFirstTheWavelength) {
   ASSERT_NE(first, std::string::npos);
   EXPECT_NE(several.log.find(kWarning, first + 1), std::string::npos) << "once per differing wave";
 
-  Bench late;  // a wavelength of 0 is not the first one
+  Bench late;  // a wavelength of 0 is skipped
   EXPECT_EQ(late.lay({wave(PLANE, 0.0), wave(PLANE, 0.8)}), 0.8 * 1e-6);
   EXPECT_EQ(late.log.find(kWarning), std::string::npos);
 }
@@ -122,8 +122,8 @@ TEST(Sources, NoWaveLeavesSliceZeroAndClearsTheRest) {
   EXPECT_EQ(bench.E[64], 0.0);
 }
 
-// A size of 0 counts as 1, in the waves and in the clearing; vectors of exact size let the address
-// sanitizer see a slip.
+// A size of 0 counts as 1, in the waves and in the clearing. Vectors of exact size let the address
+// sanitizer find overruns.
 TEST(Sources, SizeOfZeroCountsAsOne) {
   struct Case {
     int nx, ny, nz;

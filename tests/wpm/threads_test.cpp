@@ -1,4 +1,4 @@
-// Sums shared out to threads.
+// Sums shared by threads.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -16,7 +16,7 @@ class Threads : public testing::Test {
 };
 
 TEST_F(Threads, DoEveryTaskOnceAndAreDoneWhenTheCallReturns) {
-  constexpr double kMuch = 1e9;  // ns, so that all threads are wanted
+  constexpr double kMuch = 1e9;  // ns, enough for all threads
   for (const int threads : {1, 2, 5, 3})
     for (const int count : {0, 1, 7, 1000}) {
       wpm::set_threads(threads);
@@ -26,7 +26,7 @@ TEST_F(Threads, DoEveryTaskOnceAndAreDoneWhenTheCallReturns) {
         wpm::share_out(count, kMuch, [&](int index, int worker) {
           ++times[static_cast<std::size_t>(index)];
           if (worker < 0 || worker >= threads) ++strays;
-          // Within a task a call is its own thread's business.
+          // A call within a task runs on its own thread.
           wpm::share_out(2, kMuch, [&](int, int inner) { strays += inner == 0 ? 0 : 1; });
         });
         for (const auto& time : times) ASSERT_EQ(time, call) << threads << " threads";
@@ -35,7 +35,7 @@ TEST_F(Threads, DoEveryTaskOnceAndAreDoneWhenTheCallReturns) {
     }
 }
 
-// The caller gets it after all tasks, and the team serves the next call.
+// The caller gets it after all tasks. The team serves the next call.
 TEST_F(Threads, HandAnExceptionToTheCaller) {
   for (const int threads : {1, 3}) {
     wpm::set_threads(threads);
@@ -55,7 +55,7 @@ TEST_F(Threads, HandAnExceptionToTheCaller) {
   }
 }
 
-// Every sum has one order, whatever the threads.
+// Every sum has one order for any number of threads.
 TEST_F(Threads, ChangeNoBitOfTheFastSum) {
   const auto run = [](int threads) {
     wpm::set_threads(threads);

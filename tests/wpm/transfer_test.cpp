@@ -20,7 +20,7 @@ class Store : public testing::Test {
         store(wpm::FoldedFrequencies(x, y, axes.KX.data(), axes.KY.data()), scene.options(),
               kRoom * kBytes + kBytes / 2) {}
 
-  // A step of pairs first..first+count-1; returns how many had to be made.
+  // A step of pairs first..first+count-1. Returns how many were computed.
   int step(int first, int count) {
     std::vector<IndexPair> pairs;
     for (int c = first; c < first + count; ++c) pairs.push_back({1.0 + 0.1 * c, 1.2});
@@ -45,10 +45,10 @@ class Store : public testing::Test {
 TEST_F(Store, WorksOutAgainOnlyWhatItHasNoRoomFor) {
   EXPECT_EQ(step(0, 3), 3);
   EXPECT_EQ(step(0, 3), 0);
-  // Five pairs, room for three: the two beyond it, each asked for twice.
+  // Five pairs, room for three: two are computed at each of two requests.
   EXPECT_EQ(step(0, 5), 4);
   EXPECT_EQ(step(0, 5), 4);
-  // Others drive out what the step does not need.
+  // New pairs replace those that the step does not need.
   EXPECT_EQ(step(2, 3), 2);
   EXPECT_EQ(step(2, 3), 0);
 }
