@@ -9,7 +9,7 @@
 
 namespace {
 
-// A field and an index of their own at every sample.
+// The field and the index differ at every sample.
 Scene varied_scene() {
   Scene scene(6, 4, 7, 0.5e-6, 0.25e-6, 2e-6, 1e-6);
   for (std::size_t i = 0; i < scene.E.size(); ++i) {
@@ -21,7 +21,7 @@ Scene varied_scene() {
   return scene;
 }
 
-// The numbers of a data set or, with one, of its attribute.
+// The numbers of a data set, or of its attribute if named.
 std::vector<double> numbers(const std::string& file, const std::string& set,
                             std::vector<hsize_t>* shape = nullptr, const char* name = nullptr) {
   const hid_t id = H5Fopen(file.c_str(), H5F_ACC_RDONLY, H5P_DEFAULT);
@@ -132,7 +132,7 @@ TEST(FieldFile, GoesOnBehindAnySliceAndTellsHowFarItCame) {
     const cpx& field = scene.E[scene.index(2, 0, 0) + i / 2];
     EXPECT_EQ(E[i], static_cast<float>(i % 2 == 0 ? field.real() : field.imag()));
   }
-  // Killed: what was written can be read, the rest is 0.
+  // After a kill, written slices can be read and the rest is 0.
   const auto sink = monitor_of(scene, m);
   for (int k = 0; k < 4; ++k) sink->take(k, slice_of(scene, k));
   EXPECT_EQ(numbers(m.file, "slices_written"), std::vector{2.0});
@@ -154,7 +154,7 @@ TEST(FieldFile, ThatDoesNotFitIsAnErrorBeforeTheRun) {
   grid.dx = grid.dy = grid.dz = 1e-6;
   EXPECT_ERROR(make_monitors({m}, grid, {}),
                "line 7: the file .* needs 1.6e\\+04 TB and its disk has .* left");
-  // What the disk has, but does not give.
+  // The disk has the space, but does not give it.
   Scene scene(64, 64, 20, 1e-6, 1e-6, 1e-6, 1e-6);
   const auto on_a_small_disk = [&] {
     const FileSizeLimit limit(100000);
@@ -164,8 +164,8 @@ TEST(FieldFile, ThatDoesNotFitIsAnErrorBeforeTheRun) {
                "line 7: the file .* (cannot be created|of 1.31 MB cannot be had)");
 }
 
-// What a reader of its own makes of a file: the shape of E, its first number, the spacing. Readers
-// that are not installed are left out.
+// Another program reads the file: the shape of E, its first number, the spacing. Readers that are
+// not installed are skipped.
 void expect_read_by(const std::string& module, const std::string& script) {
   const TempDir directory;
   if (run_shell(directory, "/usr/bin/python3 -c 'import " + module + "'").status != 0)

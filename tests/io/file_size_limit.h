@@ -1,11 +1,11 @@
-// A disk that is full.
+// A simulated full disk.
 #pragma once
 
 #include <sys/resource.h>
 
 #include <csignal>
 
-// While it lives, files of this process grow to so many bytes and no further.
+// During its lifetime, files of this process cannot exceed so many bytes.
 class FileSizeLimit {
  public:
   explicit FileSizeLimit(std::size_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {

@@ -1,4 +1,4 @@
-// Scenes seen through monitors.
+// Scenes observed by monitors.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@
 #include "support/process.h"
 #include "support/scene.h"
 
-// Lengths of monitors in um.
+// Monitors have lengths in um.
 inline Grid grid_of(const Scene& scene) {
   Grid grid;
   grid.nx = scene.nx;
@@ -45,7 +45,7 @@ inline std::unique_ptr<Sink> monitor_of(const Scene& scene, const Monitor& monit
   return std::move(make_monitors({monitor}, grid_of(scene), context_of(scene)).at(0));
 }
 
-// The sink gets what it requires; all else is not a number.
+// The sink gets what it requires. Everything else is NaN.
 inline void show(Sink& sink, int k, const Slice& whole, int nx, int ny) {
   constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
   const auto plane = static_cast<std::size_t>(nx) * static_cast<std::size_t>(ny);
@@ -74,7 +74,7 @@ inline void observe(Sink& sink, Scene& scene, int first = 0) {
   sink.finish();
 }
 
-// A table by its columns, units cut off.
+// The columns of a table, without units.
 struct TableContents {
   std::vector<std::string> names;
   std::vector<std::vector<double>> rows;
@@ -102,7 +102,7 @@ inline Monitor monitor(MonitorType type, const TempDir& directory, const std::st
   return m;
 }
 
-// A run that was stopped after any slice and resumed in another process leaves the same bytes.
+// A run that stops after any slice and resumes in another process leaves the same bytes.
 inline void expect_resuming(Scene& scene, Monitor m, const TempDir& directory) {
   m.file = directory.path("whole").string();
   observe(*monitor_of(scene, m), scene);

@@ -13,7 +13,7 @@
 
 namespace {
 
-// Numbers look as a stream would write them: six digits, the exponent as it pleases, zeros cut.
+// Numbers look as a stream writes them: six digits, an exponent if needed, no trailing zeros.
 TEST(OutputFile, WritesNumbersAsAStreamDoes) {
   std::vector<double> values = {0.0, -0.0, 1e5, 1e-5, 999999.5, DBL_MAX, HUGE_VAL, -HUGE_VAL, NAN};
   std::mt19937_64 bits(20240229);
@@ -45,7 +45,7 @@ TEST(OutputFile, SaysOnceThatItCouldNotBeWritten) {
             "zerith: error: /dev/full: lost, it is not fully written: No space left on device\n");
 }
 
-// What was saved stays, what came behind it goes.
+// Saved text stays. Text after it is removed.
 TEST(OutputFile, GoesOnWhereItWasSaved) {
   const TempDir directory;
   const std::string name = directory.path("a").string();

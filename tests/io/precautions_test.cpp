@@ -9,7 +9,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Every name below a folder, links unfollowed, with what it holds.
+// Every name below a folder with its contents. Links are not followed.
 std::vector<std::string> everything(const TempDir& directory) {
   std::vector<std::string> all;
   for (const auto& entry : fs::recursive_directory_iterator(directory.path())) {
@@ -23,14 +23,14 @@ std::vector<std::string> everything(const TempDir& directory) {
   return all;
 }
 
-// What is said of a name, after the folder it stands in.
+// Each name has the reason in its warning.
 TEST(Precautions, AProbeSaysWhatWillFailAndTouchesNothing) {
   const std::pair<const char*, const char*> kNames[] = {
       {"new", ""},
       {"old", ""},
-      {"pipe", ""},      // opening it would wait
-      {"dangling", ""},  // its target is still to be made
-      {"far", ""},       // likewise, by two links
+      {"pipe", ""},      // opening it would block
+      {"dangling", ""},  // its target does not exist yet
+      {"far", ""},       // the same, by two links
       {"nowhere", "No such file or directory"},
       {"round", "Too many levels of symbolic links"},
       {"folder", "Is a directory"},
@@ -61,7 +61,7 @@ TEST(Precautions, AProbeSaysWhatWillFailAndTouchesNothing) {
   EXPECT_EQ(fs::last_write_time(directory.path("old")), time);
 }
 
-// By its name, by either kind of link, and however the path is written.
+// The input is found by its name, by both kinds of link, and by any path.
 TEST(Precautions, ARunDoesNotWriteOverWhatItReads) {
   const TempDir directory;
   const std::string input = directory.path("a.cfg").string();
@@ -77,7 +77,7 @@ TEST(Precautions, ARunDoesNotWriteOverWhatItReads) {
                  "a.cfg: the run reads this file and would write .*" + std::string(name));
   }
   refuse_own_input(input, {directory.path("b.csv").string(), "none"});
-  refuse_own_input("/dev/null", {"/dev/null"});  // loses nothing
+  refuse_own_input("/dev/null", {"/dev/null"});  // nothing is lost
 }
 
 TEST(Precautions, OldResultsAreEmptiedAndNothingElse) {

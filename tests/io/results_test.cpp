@@ -21,8 +21,8 @@ TEST(CrossSections, HoldTheChosenPlanesInTheirLayout) {
     int s;
     const char* text;
   };
-  // Element (x, y, z) of a 2 x 2 x 3 volume is x + 2y + 4z. On grids that are not square the rows
-  // step by ny all the same; what lies outside the array reads 0.
+  // Element (x, y, z) of a 2 x 2 x 3 volume is x + 2y + 4z. Rows step by ny, also if the grid is
+  // not square. Elements outside the array read 0.
   const Case kCases[] = {
       {3, 2, 2, XY, YX, 2, "8,9,\n10,11,\n\n"},
       {3, 2, 2, XY, YX, -1, "0,1,\n2,3,\n\n4,5,\n6,7,\n\n8,9,\n10,11,\n\n"},
@@ -30,7 +30,7 @@ TEST(CrossSections, HoldTheChosenPlanesInTheirLayout) {
       {3, 2, 2, YZ, ZY, 1, "1,3,\n5,7,\n9,11,\n\n"},
       {3, 2, 2, XY, YX, 3, "00\n00\n\n"},  // no separators at and beyond nz
       {3, 2, 2, XY, YX, 2147483647, "00\n00\n\n"},
-      {3, 2, 2, XZ, ZX, 2, "4,5,\n8,9,\n0,0,\n\n"},  // beyond ny lies the next slice
+      {3, 2, 2, XZ, ZX, 2, "4,5,\n8,9,\n0,0,\n\n"},  // beyond ny is the next slice
       {3, 2, 2, YZ, ZY, -2147483647, "0,0,\n0,0,\n0,0,\n\n"},
       {1, 2, 4, XY, YX, 0, "0,1,2,3,\n2,3,4,5,\n\n"},
       {1, 4, 2, XY, YX, 0, "0,1,\n4,5,\n0,0,\n0,0,\n\n"},
@@ -58,8 +58,8 @@ double compared(const std::vector<cpx>& gpu, const std::vector<cpx>& cpu, int nz
   return compare(converted(gpu).data(), cpu.data(), nz, ny, nx);
 }
 
-// The largest |gpu - cpu| / |cpu|. A NaN, also that of 0/0, does not count, and anything but zero
-// over zero is infinite.
+// The largest |gpu - cpu| / |cpu|. A NaN, also from 0/0, does not count. Anything but zero over
+// zero is infinite.
 TEST(Comparison, IsTheLargestRelativeErrorOfAnyVoxel) {
   const std::vector<cpx> odd = {0.0, {HUGE_VAL, 1}, {NAN, 0}, {3, 4}, {1, HUGE_VAL}, -2.0};
   EXPECT_EQ(compared(odd, odd, 1, 2, 3), 0.0);

@@ -37,8 +37,8 @@ TEST(RunRecord, OfAnotherHandIsAppendedTo) {
   }
 }
 
-// An empty record that exists gets no header, also in a folder that cannot be listed. A new one
-// gets its header there too.
+// An empty record that exists gets no header, and a new one gets its header. Neither needs to list
+// the folder.
 TEST(RunRecord, NeedsNoListOfItsFolder) {
   const TempDir directory;
   directory.write("r.csv", "");
@@ -56,13 +56,13 @@ TEST(RunRecord, NeedsNoListOfItsFolder) {
   EXPECT_EQ(directory.read("new.csv"), kHeader + "a;0;16;1;1;1;1;-1;-1;-1\n");
 }
 
-// Processes that begin one record together, by its name and by a link that led nowhere.
+// Processes that begin one record together, by its name and by a dangling link.
 TEST(RunRecord, TakesTheRowsOfManyProcessesWhole) {
   constexpr int kProcesses = 16, kRows = 20;
   const TempDir directory;
   std::filesystem::create_symlink("r.csv", directory.path("link"));
   int gate[2];
-  ASSERT_EQ(pipe(gate), 0);  // all wait for its end
+  ASSERT_EQ(pipe(gate), 0);  // all wait until it closes
   for (int child = 0; child < kProcesses; ++child)
     if (fork() == 0) {
       close(gate[1]);
@@ -90,7 +90,7 @@ TEST(RunRecord, TakesTheRowsOfManyProcessesWhole) {
   EXPECT_EQ(rows, expected);
 }
 
-// A disk that fills up within a row: the error shows the row, the record stays whole.
+// A disk fills up within a row: the error shows the row, and the record stays whole.
 TEST(RunRecord, LosesNoRowInSilence) {
   const TempDir directory;
   const std::string name = directory.path("r.csv").string();

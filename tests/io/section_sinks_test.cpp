@@ -1,4 +1,4 @@
-// What is written slice by slice is what a whole volume gives.
+// Output slice by slice equals that of a whole volume.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -29,7 +29,7 @@ struct Volume {
   std::vector<double> F;
 };
 
-// All of the run, or the part behind `first`, through a sink.
+// Passes all slices, or those from `first` on, to a sink.
 void march_through(Sink& sink, Volume& volume, int first = 0) {
   for (int k = first; k < volume.grid.nz; ++k)
     show(sink, k, volume.slice(k), volume.grid.nx, volume.grid.ny);
@@ -41,8 +41,7 @@ struct Section {
   int s;
 };
 
-// Planes of every kind, inside, at the edges and far outside: a plane number is held against no
-// bound.
+// Planes of every kind: inside, at the edges and far outside. A plane number has no bound.
 std::vector<Section> sections() {
   std::vector<Section> all = {{XY, -1}, {plane(9), 2}, {YX, 1}, {ZX, 1}, {ZY, 1}};
   for (const plane p : {XY, XZ, YZ})
@@ -77,7 +76,7 @@ TEST_P(WholeSections, AreThoseOfTheWholeVolume) {
 
 INSTANTIATE_TEST_SUITE_P(Slices, WholeSections, testing::Values(1, 2, 6));
 
-// The incident field has a first slice only; no other is asked for.
+// The incident field has a first slice only. No other is required.
 TEST(Sections, OfOneSliceAreZeroBeyondIt) {
   const TempDir directory;
   Volume volume(3, 4);
@@ -92,8 +91,8 @@ TEST(Sections, OfOneSliceAreZeroBeyondIt) {
   EXPECT_EQ(asked, 12);
 }
 
-// Stopped after any slice and resumed by a sink of another process, with what the first one wrote
-// beyond its state still in the file.
+// The run stops after any slice, and another process's sink resumes. The file still has what the
+// first sink wrote after its state.
 TEST(Sections, GoOnBehindAnySlice) {
   const TempDir directory;
   const std::string whole = directory.path("whole").string(), a = directory.path("a").string();
@@ -126,7 +125,7 @@ TEST(Sections, ThatNeedAVolumeAreNotStreamed) {
   grid.ny = 5;
   EXPECT_FALSE(can_stream(XY, 0, grid));
   grid.ny = 4;
-  grid.nz = 0;  // a file without slices is no flow
+  grid.nz = 0;  // a file without slices
   EXPECT_FALSE(can_stream(XY, 0, grid));
 }
 

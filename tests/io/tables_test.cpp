@@ -1,4 +1,4 @@
-// What the tables say of fields that have a closed form.
+// Tables of fields that have a closed form.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -17,9 +17,8 @@ TableContents observed(Scene& scene, Monitor m, const TempDir& directory) {
   return TableContents(directory.read("t.csv"));
 }
 
-// A Gaussian of intensity radii a, b, turned by an angle: 4 sigma is twice the 1/e^2 radius along
-// each axis, the power pi a b / 2. Sums over samples of a Gaussian are exact to exp(-(pi
-// a/dx)^2/2).
+// A Gaussian of intensity radii a, b, turned by an angle. 4 sigma is twice the 1/e^2 radius along
+// each axis. The power is pi a b / 2. Sums over samples are exact to exp(-(pi a/dx)^2/2).
 TEST(BeamTable, MeasuresAnEllipticalGaussian) {
   const TempDir directory;
   Scene scene(96, 80, 1, 0.5 * kUm, 0.6 * kUm, kUm, kUm);
@@ -57,7 +56,7 @@ TEST(BeamTable, MeasuresAnEllipticalGaussian) {
   EXPECT_EQ(table.names.size(), std::size(kExpected));
 }
 
-// Rows, digits and units as another program reads them; light that the edge took; a circle smaller
+// Rows, digits and units as other programs read them; light that the edge took; a circle smaller
 // than the beam.
 TEST(BeamTable, HasOneHeaderAndNineDigits) {
   const TempDir directory;
@@ -82,9 +81,8 @@ TEST(BeamTable, HasOneHeaderAndNineDigits) {
                 numbers + "4,8" + numbers);
 }
 
-// Free space turns the phase of a plane wave by kz z, so <x^2> grows by z^2 <(kx/kz)^2> from a
-// waist, without approximation; the average over the angular spectrum exp(-(k w0)^2/2) of the
-// power.
+// Free space turns the phase of a plane wave by kz z, without approximation. So <x^2> grows by z^2
+// <(kx/kz)^2> from a waist. The average is over the power's angular spectrum, exp(-(k w0)^2/2).
 TEST(BeamTable, WidthOfAGaussianBeamIsTheRigorousOne) {
   const TempDir directory;
   constexpr double kWaist = 2 * kUm, kAmplitude = 1e5;  // far above the weak plane waves
@@ -110,8 +108,8 @@ TEST(BeamTable, WidthOfAGaussianBeamIsTheRigorousOne) {
   }
 }
 
-// Two pi is cut 1.1e-9 short, which magnifies a field by that at each step and a beam's power by
-// twice as much, 5e-6 here; light that fills the domain keeps its own.
+// Two pi is cut 1.1e-9 short. Each step magnifies a field by that, and a beam's power by twice as
+// much: 5e-6 here. Light that fills the domain keeps its power.
 TEST(BeamTable, PowerStaysInAUniformMedium) {
   const TempDir directory;
   Scene scene(16, 16, 2001, 0.5 * kUm, 0.4 * kUm, 0.3 * kUm, kUm);
@@ -127,8 +125,8 @@ TEST(BeamTable, PowerStaysInAUniformMedium) {
     EXPECT_NEAR(table.at(row, "power") / table.at(0, "power"), 1.0, 1e-6);
 }
 
-// Two Gaussians of waist w: offset by d couple by exp(-d^2/w^2), tilted by an angle a in a medium
-// by exp(-(k w sin(a)/2)^2).
+// Two Gaussians of waist w. An offset of d couples exp(-d^2/w^2). A tilt by a in a medium couples
+// exp(-(k w sin(a)/2)^2).
 TEST(OverlapTable, OfGaussiansThatAreOffsetOrTilted) {
   const TempDir directory;
   constexpr double kWaist = 2.5;
@@ -149,7 +147,7 @@ TEST(OverlapTable, OfGaussiansThatAreOffsetOrTilted) {
       const double turn = scene.k0 * 1.5 * std::sin(tilt * M_PI / 180) * kWaist * kUm / 2;
       const double efficiency = std::exp(-std::pow(d / kWaist, 2) - turn * turn);
       EXPECT_NEAR(table.at(0, "efficiency"), efficiency, 1e-6);
-      // What the mode carries is its share of the power, 9 pi w^2 / 2.
+      // The mode's power is its share of the total, 9 pi w^2 / 2.
       EXPECT_NEAR(std::hypot(table.at(0, "overlap_re"), table.at(0, "overlap_im")),
                   std::sqrt(4.5 * M_PI * efficiency) * kWaist, 1e-5);
       EXPECT_NEAR(table.at(0, "phase"), M_PI / 2, d == 0 ? 1e-8 : 1.0);
@@ -157,8 +155,8 @@ TEST(OverlapTable, OfGaussiansThatAreOffsetOrTilted) {
     }
 }
 
-// A mode turns its phase by k0 neff a metre, however few slices a wavelength has; what leaks beside
-// it does not count behind ten wavelengths.
+// A mode turns its phase by k0 neff per metre, for any number of slices per wavelength. Leaked
+// light does not count after ten wavelengths.
 TEST(OverlapTable, PhaseGivesTheEffectiveIndexOfAFibre) {
   const TempDir directory;
   Scene scene(48, 48, 60, 0.5 * kUm, 0.5 * kUm, 0.9 * kUm, kUm);
@@ -196,8 +194,8 @@ TEST(OverlapTable, PhaseGivesTheEffectiveIndexOfAFibre) {
   EXPECT_NEAR(TableContents(directory.read("t.csv")).at(1, "efficiency"), 1.0, 1e-12);
 }
 
-// Along each axis a Gaussian, whose peak lies between samples and whose full width at half maximum
-// is w sqrt(2 ln 2); a brighter place outside of the box does not count.
+// A Gaussian along each axis. Its peak is between samples. Its full width at half maximum is w
+// sqrt(2 ln 2). A brighter place outside the box does not count.
 Scene focus_scene() {
   Scene scene(20, 24, 30, 0.5 * kUm, 0.4 * kUm, 1.5 * kUm, kUm);
   for (int k = 0; k < scene.nz; ++k)
@@ -225,7 +223,8 @@ TEST(FocusTable, FindsTheBrightestPlaceBetweenSamples) {
   const TableContents table = observed(scene, focus_monitor(directory), directory);
   ASSERT_EQ(table.rows.size(), 1U);
   const double half = std::sqrt(2 * M_LN2);
-  // Parabolas of logarithms are exact for Gaussians, but for the history in single precision.
+  // Parabolas of logarithms are exact for Gaussians, except that the history is in single
+  // precision.
   const std::tuple<const char*, double, double> kExpected[] = {{"slice", 14, 0},
                                                                {"x", 0.6, 1e-6},
                                                                {"y", -0.5, 1e-6},
@@ -242,7 +241,7 @@ TEST(FocusTable, TellsWhatItCannotSee) {
   const TempDir directory;
   Scene scene = focus_scene();
   Monitor m = focus_monitor(directory);
-  m.z2 = 6;  // still rising at the end of the box: no fit, and half lies before the entry
+  m.z2 = 6;  // still rising at the end of the box: no fit, and half is before the entry
   EXPECT_EQ(observed(scene, m, directory).at(0, "z"), 6.0);
   m.z2 = std::nullopt;
   Scene beginning(20, 24, 3, scene.dx, scene.dy, scene.dz, kUm);
@@ -271,7 +270,7 @@ struct BadMonitor {
   const char* message;
 };
 
-// All of it before the run, with the line.
+// Each is an error before the run, with the line.
 const BadMonitor kBad[] = {
     {[](Monitor& m) { m.x1 = 30; }, "x1 = 30 lies outside of the domain, -5 to 5 um"},
     {[](Monitor& m) { m.y = -4.9; }, "y = -4.9 lies outside of the domain, -4.8 to 4.8 um"},
