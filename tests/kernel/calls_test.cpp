@@ -1,5 +1,4 @@
-// What is asked of the device, and what becomes of it when the device says no. The stand-in counts,
-// and fails on demand; no GPU does.
+// Calls to the device, and their failures. Only the stand-in counts calls and fails on demand.
 #include <algorithm>
 #include <string>
 
@@ -14,9 +13,9 @@ using device::SliceStepper;
 using standin::Call;
 using standin::count_of;
 
-// A step of the last one's pairs: one transform forward, for each batch two back. Launches: the
-// spectrum by bins, the direct sum if need be; for each batch the amplitudes, the flux of 120 bins
-// in two levels, the gathering. Nothing is copied or allocated, and nobody waits.
+// A step of the last one's pairs: one forward transform, and two inverse ones per batch. Launches:
+// the spectrum by bins, and the direct sum if needed. Per batch: the amplitudes, the flux of 120
+// bins in two levels, the gathering. Nothing is copied, allocated or waited for.
 TEST(CallsOfAStep, AsksForNothingButLaunchesAndTransforms) {
   const struct {
     bool is_fast;
@@ -39,7 +38,7 @@ TEST(CallsOfAStep, AsksForNothingButLaunchesAndTransforms) {
       EXPECT_EQ(count_of(call), 0) << static_cast<int>(call);
     EXPECT_EQ(stepper.failure(), nullptr);
     EXPECT_EQ(stepper.is_by_transforms(), row.transforms > 1);
-    // A look at the field, and its flux in two levels; what was found is one copy.
+    // One launch checks the field and two sum its flux. The result is one copy.
     standin::count_anew();
     stepper.step({true, true});
     EXPECT_EQ(count_of(Call::kLaunch), row.launches + 3);
@@ -48,8 +47,7 @@ TEST(CallsOfAStep, AsksForNothingButLaunchesAndTransforms) {
   }
 }
 
-// Other pairs at the same samples are uploaded alone, and so are other samples of the same pairs,
-// as two bytes each.
+// Only changed pairs are uploaded, or only changed samples, as two bytes each.
 TEST(CallsOfAStep, UploadsWhatHasChanged) {
   Host host(5);
   SliceStepper stepper = host.stepper(options_of(true));
@@ -66,7 +64,7 @@ TEST(CallsOfAStep, UploadsWhatHasChanged) {
   EXPECT_EQ(count_of(Call::kAllocation), 0);
 }
 
-// Whichever call fails, the stepper says so and stands still; nothing behind it crashes.
+// After any failed call the stepper reports it and stops. No later call crashes.
 TEST(CallsOfAStep, StopsAtTheFirstFailure) {
   const Host host(20);
   for (const bool is_fast : {true, false})
@@ -93,7 +91,7 @@ TEST(CallsOfAStep, StopsAtTheFirstFailure) {
       }
 }
 
-// A failure that no return value shows is an error message, one a call; the slices stay.
+// A failure without a return value is an error message, one per call. The slices stay.
 TEST(CallsOfTheWrapper, ReportsWhatFailed) {
   Messages messages;
   const struct {

@@ -1,4 +1,4 @@
-// Tests that run on the device, by the runtime's own calls alone: a GPU or the stand-in.
+// Tests on the device, by the runtime's calls alone: a GPU or the stand-in.
 #pragma once
 
 #include <cuda_runtime.h>

@@ -1,4 +1,4 @@
-// Which samples a launch of the direct kernel reaches, and what it adds there.
+// The samples that a launch of the direct kernel reaches, and what it adds there.
 #include <algorithm>
 
 #include "kernel/device_test.h"
@@ -9,9 +9,9 @@ namespace {
 
 using Direct = DeviceTest;
 
-// The threads are laid out for ny by nx and read as nx by ny: off the square some have no sample
-// and some samples no thread. The target slice is added to, a spectrum below the threshold adds
-// nothing, and straight on the wavenumber takes no root: in index 0 it would be 0/0.
+// Threads are laid out for ny by nx and read as nx by ny. If nx and ny differ, some have no sample
+// and some samples no thread. The kernel adds to the target slice. A spectrum below the threshold
+// adds nothing. At normal incidence the wavenumber takes no root: in index 0 it would be 0/0.
 TEST_F(Direct, AddsWhatIsNotTooWeakWhereItReaches) {
   const struct {
     int nx, ny, B;

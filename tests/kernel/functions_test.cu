@@ -1,4 +1,4 @@
-// The device's own arithmetic, where it must not be the host's.
+// Device arithmetic that differs from the host's.
 #include <cmath>
 
 #include "kernel/device_test.h"
@@ -35,7 +35,7 @@ std::vector<Out> over(Kernel kernel, const std::vector<In>& values) {
   return out.download();
 }
 
-// On the negative real axis the real part is an exact zero, by which the evanescent is told.
+// On the negative real axis the real part is exactly zero, which marks evanescent waves.
 TEST_F(DeviceFunctions, RootIsInTheRightHalfPlaneWithTheSignOfItsArgument) {
   const std::vector<cpx> values = {
       {4, 0},     {-4, 0},    {0, 2},       {3, 4},       {-3, -4}, {-3, -0.0},     {1e-150, 0},
@@ -43,7 +43,7 @@ TEST_F(DeviceFunctions, RootIsInTheRightHalfPlaneWithTheSignOfItsArgument) {
   const std::vector<cpx> results = over<cpx>(roots, values);
   for (std::size_t v = 0; v < values.size(); ++v) {
     const cpx z = values[v], root = results[v];
-    // 1 - c loses what the ratio of the parts has in digits; none of these has less than 1e-3.
+    // 1 - c loses digits if the ratio of the parts is small. None is below 1e-3.
     EXPECT_LE(std::abs(root * root - z), 1e-12 * std::abs(z)) << z;
     EXPECT_EQ(std::signbit(root.imag()), std::signbit(z.imag())) << z;
     EXPECT_GE(root.real(), 0.0) << z;
@@ -51,8 +51,7 @@ TEST_F(DeviceFunctions, RootIsInTheRightHalfPlaneWithTheSignOfItsArgument) {
   }
 }
 
-// In double precision 0.3/0.0001 and 0.7/0.0001 are just under a whole number, in single they are
-// it.
+// 0.3/0.0001 and 0.7/0.0001 are just under a whole number in double precision, and whole in single.
 TEST_F(DeviceFunctions, TrimFloorsInSinglePrecision) {
   const std::vector<double> values = {0, 1, 0.99996, 0.29999, 0.3, 0.7, -0.00001, -0.5, -0.70001};
   const double steps[] = {0, 10000, 9999, 2999, 3000, 7000, -1, -5000, -7001};

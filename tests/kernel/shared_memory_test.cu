@@ -48,7 +48,7 @@ struct Lines {
 };
 
 // Tiles that fit, a partial tile, a line below the block, a block of 1, the largest block, threads
-// beyond the volume. What idle threads reach is zero, the rest keeps its 9.
+// beyond the volume. Samples of idle threads are zero. The rest keeps its 9.
 TEST_F(SharedMemory, KernelsArePlainSumsWithZerosBehindThem) {
   const Lines cases[] = {{64, 2, 3, 16}, {100, 1, 2, 64}, {20, 3, 2, 32},
                          {5, 2, 2, 1},   {7, 1, 2, 1024}, {1024, 1, 2, 1024}};
@@ -83,8 +83,8 @@ std::vector<cpx> run_wrapper(const Lines& lines, int fresnel) {
   return E.download();
 }
 
-// The single-precision plan transforms nothing, and fresh memory of the stand-in reads as zero: the
-// lines become sums over a spectrum of zeros. A GPU's fresh memory may hold anything. A refused
+// The single-precision plan transforms nothing. The stand-in's fresh memory reads as zero: the
+// lines are sums over a spectrum of zeros. A GPU's fresh memory may have any values. A refused
 // launch leaves the lines.
 TEST_F(SharedMemory, WrapperLaunchesOneLineASlice) {
   for (const int fresnel : {0, 1})

@@ -1,4 +1,4 @@
-// A slice and its pairs of indices, as tests of the device's steps have them.
+// A slice and its index pairs, for tests of the device's steps.
 #pragma once
 
 #include <cmath>
@@ -10,7 +10,7 @@
 inline constexpr int kNx = 12, kNy = 10;
 inline constexpr int kSamples = kNx * kNy;
 
-// A slice and count pairs of indices, each of them at every count-th sample.
+// A slice and count index pairs, each at every count-th sample.
 struct Host {
   explicit Host(int count) {
     for (int i = 0; i < kNx; ++i) kx.push_back((i < kNx / 2 ? i : i - kNx) * 6.2831853 / kNx);

@@ -1,4 +1,4 @@
-// The device's steps from slice to slice: what must make no difference to the result.
+// The device's steps: conditions that must not change the result.
 #include <numeric>
 #include <utility>
 
@@ -10,7 +10,7 @@ namespace {
 using device::SliceStepper;
 using SliceStepperTest = DeviceTest;
 
-// The slice behind two steps, the second of which is of the pairs of the first.
+// The slice after two steps of the same pairs.
 std::vector<double> two_steps(const Host& host, const device::StepperOptions& options) {
   SliceStepper stepper = host.stepper(options);
   stepper.set_field(host.field.data());
@@ -26,7 +26,7 @@ std::vector<double> two_steps(const Host& host, const device::StepperOptions& op
   return values;
 }
 
-// Room for one pair's planes, and none for what pairs share: the same bits, in more turns.
+// Room for one pair's planes, and none for shared data: the same bits in more batches.
 TEST_F(SliceStepperTest, LittleMemoryMakesNoDifference) {
   const Host host(20);
   const std::vector<double> expected = two_steps(host, options_of(true));
@@ -37,7 +37,7 @@ TEST_F(SliceStepperTest, LittleMemoryMakesNoDifference) {
   EXPECT_EQ(two_steps(host, options), expected);
 }
 
-// Values that single precision cannot hold go by the direct sum, to its bits.
+// Values beyond single precision take the direct sum and have its bits.
 TEST_F(SliceStepperTest, TheWildGoByTheDirectSum) {
   const auto expect_same = [](const Host& host, const char* what) {
     const std::vector<double> fast = two_steps(host, options_of(true));
@@ -54,7 +54,7 @@ TEST_F(SliceStepperTest, TheWildGoByTheDirectSum) {
   expect_same(nothing, "an index of zero");
 }
 
-// What is told of a slice is of that slice, and not of one before it.
+// The findings are those of this slice, and not of one before it.
 TEST_F(SliceStepperTest, FindsWhatASliceIsLike) {
   const Host host(3);
   for (const bool is_fast : {false, true}) {
