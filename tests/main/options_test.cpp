@@ -9,7 +9,7 @@
 
 namespace {
 
-// What is read for keyword k; -77 if it is not found.
+// The value of keyword k; -77 if it is not found.
 int number(const std::string& line) {
   std::istringstream text("zerith " + line);
   std::vector<std::string> words(std::istream_iterator<std::string>(text), {});
@@ -22,8 +22,7 @@ int number(const std::string& line) {
   return value;
 }
 
-// One dash or two; the last value wins and is taken as it stands, but for the upper half of a
-// number of more than 32 bits.
+// One dash or two. The last value wins. Only the lower 32 bits of a number count.
 TEST(Options, AreFoundAnywhereOnTheLine) {
   const std::pair<const char*, int> kLines[] = {
       {"", -77},      {"--k 0 -k 1", 1},         {"---k 3", -77},

@@ -1,4 +1,4 @@
-// What a sweep reads from the command line, and the table that it leaves.
+// What a sweep reads from the command line, and the table that it writes.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -24,7 +24,7 @@ sweep::Plan plan_of(Words words) {
 TEST(SweepPlan, RangesMeetBothEndsAndListsKeepTheirTexts) {
   const std::pair<const char*, Words> kValues[] = {
       {"100:130:10", {"100", "110", "120", "130"}},
-      {"0.1:0.3:0.1", {"0.1", "0.2", "0.3"}},  // 0.1 + 2 * 0.1 is not 0.3, nor is 0.2/0.1 surely 2
+      {"0.1:0.3:0.1", {"0.1", "0.2", "0.3"}},  // 0.1 + 2 * 0.1 is not 0.3; 0.2/0.1 may not be 2
       {"0:1:0.3", {"0", "0.3", "0.6", "0.9"}},
       {"1:-1:-1", {"1", "0", "-1"}},
       {"-0.2:0:0.2", {"-0.2", "0"}},
@@ -106,7 +106,7 @@ TEST(SweepTable, GrowsByRowsAndColumnsAndIsReadAgain) {
       "2,y,5,6,,0,\n3,y,8,,7,0,\n";
   EXPECT_EQ(directory.read("t.csv"), text);
 
-  // A row that was cut short is dropped, and its point is to be run again.
+  // A truncated row is dropped, and its point runs again.
   std::ofstream(name, std::ios::app) << "4,y,9,";
   sweep::Table again(name, {"a", "b"});
   EXPECT_EQ(directory.read("t.csv"), text);
