@@ -1,4 +1,4 @@
-// How runs of several ranks end: with errors, killed, and going on.
+// Ends of runs of several ranks: errors, kills and resumed runs.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -40,12 +40,12 @@ TEST(Ends, AnErrorOfAllIsSaidOnce) {
   folder.write("a.cfg", scene(8));
   expect_message(run_ranks(folder, 3, "-q -p --fast -i none.cfg"), "error: none.cfg: ");
   EXPECT_FALSE(folder.has("N_sys.csv"));
-  // A monitor's file that cannot be had is known to the first rank alone.
+  // Only the first rank knows that a monitor's file cannot be created.
   expect_message(run_ranks(folder, 2, "-q -p --fast -i a.cfg --field none/f.h5"), "none/f.h5");
   EXPECT_EQ(count_of(run_ranks(folder, 3, "-i a.cfg --fast --nonsense -p").err, "--nonsense"), 1);
 }
 
-// The second rank has no configuration where it looks for one.
+// The second rank has no configuration in its folder.
 TEST(Ends, AnErrorOfOneEndsAll) {
   const TempDir folder;
   folder.write("a.cfg", scene(8));
@@ -67,7 +67,7 @@ TEST(Ends, RefusesWhatOneProcessHasToDo) {
   expect_message(run_ranks(folder, 2, given + "--fast --set global.ny=20"), "nx and ny differ");
   expect_message(run_ranks(folder, 2, given + "--fast --sweep global.lambda=1,2"), "--points");
   EXPECT_FALSE(folder.has("N_sys.csv"));
-  // One process under mpirun may do it all.
+  // One process under mpirun has no such limits.
   EXPECT_EQ(run_ranks(folder, 1, given).status, 0);
 }
 
@@ -82,7 +82,7 @@ TEST(Starts, JoinsUnderALauncherWithoutACount) {
   EXPECT_NE(run.out.find(" at the first of 2 processes"), std::string::npos) << run.out << run.err;
 }
 
-// MPI itself needs more files and a folder for its session.
+// MPI itself needs more files and a session folder.
 TEST(Starts, AloneWithoutMpi) {
   const TempDir alone;
   const TempDir usual;
@@ -108,8 +108,7 @@ TEST(Ends, AnswersOnce) {
   EXPECT_EQ(check.status, alone.status);
 }
 
-// Whole ranks killed at some moment, whatever they are doing, by a run that goes on each time with
-// another number of them.
+// A whole rank is killed at any moment. The run resumes each time with another number of ranks.
 TEST(Ends, GoesOnWithAnyNumberOfRanks) {
   const TempDir whole;
   const TempDir stopped;
@@ -143,7 +142,7 @@ TEST(Ends, GoesOnWithAnyNumberOfRanks) {
   ASSERT_EQ(run.status, 0) << run.err << stopped.read("log") << stopped.read("ends");
   EXPECT_FALSE(stopped.has("here"));
   expect_same_files(whole, stopped);
-  // Each ended within seconds of the kill, and not well.
+  // Each run ended within seconds of the kill, with an error.
   std::istringstream ends(stopped.read("ends"));
   int ranks = 0;
   int status = 0;
@@ -156,7 +155,7 @@ TEST(Ends, GoesOnWithAnyNumberOfRanks) {
   EXPECT_EQ(count, 3);
 }
 
-// A signal to all, as batch systems send it before they end a job.
+// Batch systems send a signal to all ranks before they end a job.
 TEST(Ends, StopsAtASignalWithACheckpoint) {
   const TempDir whole;
   const TempDir stopped;

@@ -19,7 +19,7 @@ constexpr const char* kMonitors =
     "[monitor]\ntype = overlap\nfile = input.csv\nmode = input\nz1 = 2\n[/monitor]\n"
     "[monitor]\ntype = focus\nfile = focus.csv\nx1 = -2\nx2 = 2\n[/monitor]\n";
 
-// Every component, none first, on samples of different spacings; a wave beside the axis.
+// Every component, none first, on samples of different spacings; a wave off the axis.
 std::string scene(int side, const std::string& layers, const std::string& global = "") {
   return "[global]\nscale = um\npolarization = tm\nx = 8\ny = 6\nz = 6\nnx = " +
          std::to_string(side) + "\nny = " + std::to_string(side) + "\nnz = 16\n" + global +
@@ -54,8 +54,8 @@ void PrintTo(const Component& component, std::ostream* out) {
   *out << component.name;
 }
 
-// To bound times the largest value, which counts as least at least: a length near 0 is round-off of
-// others.
+// The bound is relative to the largest value, or to least if that is larger. A length near 0 is
+// round-off.
 void expect_near(const std::vector<double>& a, const std::vector<double>& b, double bound,
                  const std::string& what, double least = 0) {
   ASSERT_EQ(a.size(), b.size()) << what;
@@ -80,9 +80,9 @@ std::vector<double> numbers(const TempDir& folder, const char* file, const char*
   return values;
 }
 
-// Fields to 1e-13 of their largest value: what is left is round-off of transforms in another order.
-// Columns of tables are compared one by one; their figures are sums and quotients of fields, and an
-// angle or a phase of almost nothing is anything.
+// Fields to 1e-13 of their largest value: transforms in another order differ by round-off. Columns
+// of tables are compared one by one. Their figures are sums and quotients of fields. The angle or
+// phase of almost nothing is arbitrary.
 void expect_same_files(const TempDir& one, const TempDir& many) {
   for (const char* name : {"E", "flux", "index"})
     expect_near(numbers(one, "all.h5", name), numbers(many, "all.h5", name), 1e-13, name);
@@ -104,7 +104,7 @@ void expect_same_files(const TempDir& one, const TempDir& many) {
           columns[second][c].push_back((second ? b : a)[row][c]);
         }
     }
-    // Six digits in the cross-sections, one of which may be a rounding away.
+    // Cross-sections have six digits. One may differ by a rounding.
     const bool is_ours = name.find("cpu") == std::string::npos;
     for (std::size_t c = 0; c < columns[0].size(); ++c)
       expect_near(columns[0][c], columns[1][c], is_ours ? 1e-9 : 1e-5,
@@ -159,8 +159,8 @@ void expect_alike(const std::string& text, int ranks, const std::string& options
   ASSERT_EQ(run.status, 0) << run.err;
   EXPECT_EQ(run.err, "");
   expect_same_files(one, many);
-  // The same planner's wisdom, to which plans were added: exchanges between ranks, whose planner is
-  // another one, are not in it.
+  // The wisdom is that of the same planner, with more plans. It has no exchanges between ranks:
+  // their planner is another one.
   const std::string wisdom = many.read("wisdom3.txt");
   std::istringstream lines(one.read("wisdom3.txt"));
   for (std::string line; std::getline(lines, line);)
@@ -175,7 +175,7 @@ TEST(Ranks, SaveAnyPlane) {
   expect_alike(scene(25, guide, "hfield = 1\n"), 3, "--fast -x 1 -l 200 --threads 2");
 }
 
-// Where no monitor looks at the rest, only a plane's own rows come to the first rank.
+// If no monitor needs the rest, only a plane's own rows come to the first rank.
 TEST(Ranks, BringTogetherWhatAPlaneShows) {
   std::string text = scene(30, kComponents[1].layers);
   text.erase(text.find("[monitor]"));
@@ -191,8 +191,7 @@ TEST(Ranks, BringTogetherWhatAPlaneShows) {
   }
 }
 
-// Rows are shared out in groups of eight: five ranks own 8, 2 and then no rows, and of eleven most
-// own none.
+// Ranks own rows in groups of eight. Five ranks own 8, 2 and then no rows; of eleven most own none.
 TEST(Ranks, MayBeMoreThanGroupsOfRows) {
   expect_alike(scene(10, kComponents[5].layers), 5, "--fast");
   expect_alike(scene(10, kComponents[1].layers), 11, "--stream");
@@ -213,8 +212,8 @@ TEST(Ranks, DirectSumHasTheBitsOfOneProcess) {
   EXPECT_EQ(numbers(one, "all.h5", "E"), numbers(many, "all.h5", "E"));
 }
 
-// A wave straight on, all the plane waves there are, comes to indices that differ at nearly every
-// sample: the direct sum is cheaper there, for all ranks alike, and behind it transforms are.
+// Normal incidence is a single plane wave. The indices differ at nearly every sample: there the
+// direct sum is cheaper for all ranks, and after it transforms are.
 TEST(Ranks, ChooseTheCheaperSumTogether) {
   std::string text =
       scene(18, layer("type = grin\nz = 3\nn = 1.9\ng = 0.2\nr = 4.5\nne = 1\nlevels = 1000"));
@@ -229,8 +228,8 @@ TEST(Ranks, ChooseTheCheaperSumTogether) {
   EXPECT_EQ(run.err.find(" 0 by transforms"), std::string::npos) << run.err;
 }
 
-// What the edge has taken is the sum over all ranks, also for the beam table; a field that is lost
-// on one rank is lost for all.
+// The loss at the edge is the sum over all ranks, also in the beam table. A field that is lost on
+// one rank is lost on all.
 TEST(Ranks, SayOnceWhatBecameOfTheField) {
   TempDir many;
   many.write("a.cfg", scene(18, layer("z = 1\nn = 1\nk = -1e300")));

@@ -5,7 +5,7 @@
 
 #include "support/process.h"
 
-// Ranks share the processors of this machine with other tests: those that wait let others work.
+// Ranks share the processors with other tests: waiting ranks yield.
 inline std::string launcher() {
   return "OMPI_ALLOW_RUN_AS_ROOT=1 OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1 "
          "OMPI_MCA_rmaps_base_oversubscribe=1 OMPI_MCA_mpi_yield_when_idle=1 exec " ZERITH_MPIRUN;
@@ -20,7 +20,7 @@ inline RunResult run_ranks(const TempDir& directory, int ranks, const std::strin
   return run_shell(directory, mpirun(ranks) + "\"$ZERITH\" " + options);
 }
 
-// How often a text holds another.
+// Counts the occurrences of part in text.
 inline int count_of(const std::string& text, const std::string& part) {
   int count = 0;
   for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
