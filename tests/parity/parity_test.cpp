@@ -1,4 +1,4 @@
-// The device against the CPU: where the two must agree, how closely, and where they must differ.
+// The device against the CPU: bounds on their agreement, and their differences.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kBlock = 8;
 
-// Whole volumes by the wrapper, or slice by slice.
+// Computes whole volumes by the wrapper, or slice by slice.
 void run_on_device(Scene& scene, bool is_fast) {
   const bool is_TE = scene.pol != TM;
   if (is_fast) {
@@ -65,7 +65,7 @@ bool has_index_step(const Scene& scene) {
 class DeviceScene : public DeviceTest, public testing::WithParamInterface<NamedScene> {};
 class CommonScene : public DeviceScene {};
 
-// The scenes that both sides are to treat alike: square, and polarized.
+// Scenes that both sides treat alike: square, and polarized.
 std::vector<NamedScene> common_scenes() {
   std::vector<NamedScene> common;
   for (const NamedScene& named : scene_table()) {
@@ -79,11 +79,11 @@ std::string name_of(const testing::TestParamInfo<NamedScene>& info) {
   return info.param.name;
 }
 
-// Without an index step the two differ by round-off alone. A coefficient of an index step may lie
-// one notch of 1e-4 apart where its quotient is within single rounding of a whole number: about one
-// coefficient in 2400 of each of the two parts. The plane waves of these beams are some hundred of
-// like size, so one notch in one of them shows as 1e-4/100 and a few together as 1e-5; the flux
-// adds squares, in which the strongest waves count for up to a half, and doubles a notch.
+// Without an index step the two differ by round-off alone. A coefficient of an index step may
+// differ by one notch of 1e-4. Its quotient is then within single rounding of a whole number: about
+// one coefficient in 2400 of each of the two parts. These beams have some hundred plane waves of
+// like size. One notch in one of them shows as 1e-4/100, and a few as 1e-5. The flux adds squares:
+// the strongest waves count for up to a half, and a notch doubles.
 TEST_P(CommonScene, AgreesWithTheCpu) {
   Scene cpu = GetParam().make();
   cpu.propagate();
@@ -92,7 +92,7 @@ TEST_P(CommonScene, AgreesWithTheCpu) {
               has_notches ? 1e-4 : 1e-12);
 }
 
-// The two device propagators share their coefficients: round-off alone.
+// The two device propagators share their coefficients. They differ by round-off alone.
 TEST_P(DeviceScene, FastAgreesWithDirect) {
   expect_near(device_run(GetParam().make(), false), device_run(GetParam().make(), true), 1e-13,
               1e-13);
@@ -101,8 +101,8 @@ TEST_P(DeviceScene, FastAgreesWithDirect) {
 INSTANTIATE_TEST_SUITE_P(Every, CommonScene, testing::ValuesIn(common_scenes()), name_of);
 INSTANTIATE_TEST_SUITE_P(Every, DeviceScene, testing::ValuesIn(scene_table()), name_of);
 
-// The direct sum is taken for as many pairs of indices as samples, to the bit; for few pairs
-// transforms are, and their round-off is another.
+// As many pairs of indices as samples take the direct sum, to the bit. Few pairs take transforms,
+// whose round-off is different.
 TEST_F(DeviceTest, FastTakesTheCheaperSum) {
   for (const auto& [name, is_direct] : {std::pair("index_of_its_own", true), {"guide_TE", false}}) {
     const Scene direct = device_run(scene_named(name), false);
@@ -111,7 +111,7 @@ TEST_F(DeviceTest, FastTakesTheCheaperSum) {
   }
 }
 
-// --- Where the two must differ
+// --- Differences
 
 class DeviceDifference : public DeviceTest {};
 
@@ -124,8 +124,8 @@ TEST_F(DeviceDifference, MissingPolarizationIsTEOnTheDevice) {
   EXPECT_GT(difference(cpu, none, 3).field, 0.1) << "the CPU has no Fresnel factor";
 }
 
-// On 18 x 12 samples in blocks of 8 threads reach i < min(18, 8*ceil(12/8)) = 16: the last two
-// columns of every slice behind the first stay as they were. What is reached of slice 1 is right.
+// On 18 x 12 samples in blocks of 8 threads reach i < min(18, 8*ceil(12/8)) = 16. The last two
+// columns of every slice after the first do not change. The rest of slice 1 is right.
 TEST_F(DeviceDifference, GridsThatAreNotSquareAreNotFullyCovered) {
   Scene cpu = scene_named("wide_guide");
   cpu.propagate();

@@ -1,4 +1,4 @@
-// The device's steps from slice to slice against the whole volume on the device, and the CPU.
+// The device's steps against the whole volume on the device, and against the CPU.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -15,8 +15,8 @@ namespace {
 
 constexpr int kBlock = 8;
 
-// Every slice by the stepper, which is told which slices are alike and that they stay as made, or
-// neither.
+// Computes every slice by the stepper. If stays, slices have uniform segments and stay on the
+// device.
 Scene stepped(Scene scene, DeviceChoice choice, bool stays = false) {
   Grid grid;
   grid.nx = scene.nx, grid.ny = scene.ny, grid.nz = scene.nz;
@@ -57,8 +57,8 @@ Scene by_volume(Scene scene) {
 
 class Steps : public DeviceTest, public testing::WithParamInterface<NamedScene> {};
 
-// The direct sum has the volume's bits, whatever is known of the slices and whether the field is
-// taken from the host for each step or stays where it was made.
+// The direct sum has the volume's bits, with and without uniform segments, from a field on the host
+// or on the device.
 TEST_P(Steps, DirectHasTheBitsOfTheVolume) {
   const Scene volume = by_volume(GetParam().make());
   for (const bool stays : {false, true}) {
@@ -68,7 +68,7 @@ TEST_P(Steps, DirectHasTheBitsOfTheVolume) {
   }
 }
 
-// By transforms round-off is another, and what is known of the slices changes nothing.
+// Transforms have different round-off. Uniform segments change nothing.
 TEST_P(Steps, FastIsTheSameSum) {
   const Scene direct = stepped(GetParam().make(), {});
   const Scene fast = stepped(GetParam().make(), {.is_fast = true});
@@ -87,8 +87,8 @@ std::string name_of(const testing::TestParamInfo<NamedScene>& named) {
 
 INSTANTIATE_TEST_SUITE_P(Every, Steps, testing::ValuesIn(scene_table()), name_of);
 
-// A slice of the device: what is copied of it, what is reported of it, and which field the next
-// step begins from.
+// A slice on the device: what is copied, what is reported, and the field that the next step begins
+// from.
 TEST_F(DeviceTest, CopiesWhatIsRequestedAndReportsTheSlice) {
   Scene whole = scene_named("wide_guide");
   const Grid grid = whole.grid();
@@ -130,7 +130,7 @@ TEST_F(DeviceTest, CopiesWhatIsRequestedAndReportsTheSlice) {
   }
 }
 
-// Whether the slices of the next step were prefetched, others, or none.
+// The next step's slices, others or none are prefetched.
 TEST_F(DeviceTest, StepsAlikeWhateverIsPrefetched) {
   enum { kNot, kRightly, kElsewhere };
   for (const char* name : {"index_of_its_own", "step_down_TE"})
@@ -157,7 +157,7 @@ TEST_F(DeviceTest, StepsAlikeWhateverIsPrefetched) {
     }
 }
 
-// The edge on the device takes what it takes on the host.
+// The edge takes the same on the device as on the host.
 TEST_F(DeviceTest, AppliesTheEdge) {
   const auto propagated = [](Scene& scene, Stepper& stepper, SliceDevice* device) {
     const Grid grid = scene.grid();
@@ -184,7 +184,7 @@ TEST_F(DeviceTest, AppliesTheEdge) {
   }
 }
 
-// An axis without a spacing, x or y alone, is no transform's: neither the host's nor the device's.
+// An axis without a spacing, x or y, takes the direct sum on host and device.
 TEST(Stepper, LeavesAxesWithoutSpacingToTheDirectSum) {
   for (const bool is_y : {false, true}) {
     Scene scene(8, 8, 4, is_y ? 0.25 : 0.0, is_y ? 0.0 : 0.2, 0.15, 1.0);
