@@ -1,4 +1,4 @@
-// Optics of the components whose faces cut voxels, that are graded, or lie beside one another.
+// Optics of components that cut voxels, are graded, or are side by side.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -20,7 +20,7 @@ Scene scene_of(int nx, int ny, int nz, double dx, double dz,
   return scene;
 }
 
-// The share of the light of slice k that a mode takes, which is a function of x and y.
+// The share of slice k's light that is in a mode, a function of x and y.
 double coupling(const Scene& scene, int k, const std::function<cpx(double, double)>& mode) {
   cpx overlap = 0.0;
   double power = 0.0;
@@ -33,7 +33,7 @@ double coupling(const Scene& scene, int k, const std::function<cpx(double, doubl
   return std::norm(overlap) / power / scene.power(k);
 }
 
-// A Gaussian beam that comes to its waist at a distance (Saleh & Teich 3.1-7).
+// A Gaussian beam with its waist at a distance (Saleh & Teich 3.1-7).
 auto focused_beam(double waist, double distance) {
   const double rayleigh = M_PI * waist * waist;
   const double w = waist * std::hypot(1, distance / rayleigh);
@@ -43,12 +43,12 @@ auto focused_beam(double waist, double distance) {
   };
 }
 
-// A beam of waist 5 behind a lens of radius 20, index 1.5, into the beam of waist 2.2 that comes to
-// its waist 30.4 on: what a lens of 64 levels in slices of 0.05 couples best into, 0.998 of it.
-// Stairs are up to half a slice too high or low, (n - 1) dz/2 of path, which is even over the
-// slice: a root mean square of 2 pi 0.5 dz/sqrt(12) = 0.73 at dz 0.8, of which exp(-0.73^2) = 0.59
-// stays with the beam, 0.88 at half as much, and somewhat more as its bright middle lies on few
-// stairs. Eight levels leave an eighth of that error.
+// A beam of waist 5 after a lens of radius 20, index 1.5, couples into a beam of waist 2.2, 30.4
+// on. This is the best beam of a lens of 64 levels in slices of 0.05, at 0.998. Stairs are up to
+// half a slice too high or low, (n - 1) dz/2 of path, uniform over the slice. The root mean square
+// is 2 pi 0.5 dz/sqrt(12) = 0.73 at dz 0.8. exp(-0.73^2) = 0.59 stays with the beam, and 0.88 at
+// half as much. The bright middle has few stairs, so the share is larger. Eight levels leave an
+// eighth of that error.
 TEST(Levels, MakeALensOfThickSlicesFocus) {
   const auto coupled = [](double dz, int levels) {
     const struct_layer lens = {.t = LENS, .z = 4, .r = 20, .n = 1.5, .ne = 1, .levels = levels};
@@ -64,10 +64,10 @@ TEST(Levels, MakeALensOfThickSlicesFocus) {
   EXPECT_NEAR(coupled(0.4, 8), 0.998, 0.005);
 }
 
-// Two round cores side by side: the light of one is in the other after pi/(2 C), half the beat
-// length of the two modes of the pair, with (Snyder & Love, Optical Waveguide Theory, 29-13)
-// C = sqrt(2 Delta)/r U^2/V^3 K0(W d/r)/K1(W)^2. The theory takes the cores to be far apart: at
-// 2.5 radii it is good to some per cent.
+// Two round cores side by side: the light of one is in the other after pi/(2 C). This is half the
+// beat length of the pair's two modes (Snyder & Love, Optical Waveguide Theory, 29-13):
+// C = sqrt(2 Delta)/r U^2/V^3 K0(W d/r)/K1(W)^2.
+// The theory needs cores far apart: at 2.5 radii it is good to some per cent.
 TEST(Coupler, ExchangesItsPowerOverHalfABeat) {
   constexpr double kCore = 1.47, kCladding = 1.45, kRadius = 1.2, kApart = 3, kSpacing = 0.25;
   const double V = 2 * M_PI * kRadius * std::sqrt(kCore * kCore - kCladding * kCladding);
@@ -112,9 +112,9 @@ TEST(Coupler, ExchangesItsPowerOverHalfABeat) {
   EXPECT_NEAR(coupling(scene, int(exchange / 2 / kSpacing), launched), 0.5, 0.1);
 }
 
-// After a quarter of its pitch a rod turns a beam of waist W into one of 1/(pi n g W), at
-// pi/(2 g): parabolic, to second order in the angle. The next order brings the focus closer by
-// some (g W)^2/4 of the way and leaves a twentieth beside it.
+// After a quarter of its pitch, pi/(2 g), a rod turns a beam of waist W into one of 1/(pi n g W).
+// This is parabolic, to second order in the angle. The next order moves the focus closer by some (g
+// W)^2/4 of the way, and leaves a twentieth beside it.
 TEST(Grin, FocusesAfterAQuarterPitch) {
   constexpr double kGradient = 0.04, kWaist = 4, kStep = 0.25;
   const struct_layer rod = {.t = GRIN, .z = 100, .r = 7, .n = 1.5, .ne = 1.44, .g = kGradient};
@@ -131,9 +131,8 @@ TEST(Grin, FocusesAfterAQuarterPitch) {
   EXPECT_NEAR(best, std::pow(kWaist * M_PI * 1.5 * kGradient * kWaist, 2), 0.1 * best);
 }
 
-// Bars of half a period that shift the phase by half a turn: (2/(pi m))^2 in the odd orders and
-// nothing in the even ones (Goodman, Introduction to Fourier Optics, 4.4). One slice is a thin
-// element to the bit.
+// Bars of half a period shift the phase by half a turn. Odd orders have (2/(pi m))^2 and even ones
+// nothing (Goodman, Introduction to Fourier Optics, 4.4). One slice is a thin element to the bit.
 TEST(EqualBars, SendNothingIntoEvenOrders) {
   const auto orders = [](int periods) {
     const struct_layer bars = {
@@ -150,14 +149,13 @@ TEST(EqualBars, SendNothingIntoEvenOrders) {
     }
     return efficiencies;
   };
-  // Samples stand for their cells, which is (pi m/samples)^2/3 too much; two pi is cut
-  // at 6.2831853.
+  // Samples represent their cells: (pi m/samples)^2/3 too much. Two pi is cut at 6.2831853.
   const std::vector<double> whole = orders(4);
   EXPECT_NEAR(whole[1], 0.405285 * (1 + std::pow(M_PI / 128, 2) / 3), 1e-6);
   EXPECT_NEAR(whole[3], 0.045032 * (1 + std::pow(3 * M_PI / 128, 2) / 3), 2e-6);
   for (const std::size_t even : {0, 2, 4}) EXPECT_LE(whole[even], 1e-15) << even;
 
-  // 102.4 samples have no whole bars. Each edge cuts a sample, whose phase lies between: on average
+  // 102.4 samples have no whole bars. Each edge cuts a sample, whose phase is between: on average
   // 2/pi of a sample that shifts by a quarter turn.
   const std::vector<double> cut = orders(5);
   EXPECT_NEAR(cut[1], 0.405285, 2e-4);

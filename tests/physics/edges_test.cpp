@@ -1,4 +1,4 @@
-// Beams in a domain whose edges absorb, and light behind a hole.
+// Beams in a domain with absorbing edges, and light after a hole.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -20,8 +20,8 @@ Grid grid_of(const Scene& scene, int nz) {
   return grid;
 }
 
-// Two slices, of which the second becomes the first again; masked after each step. The amplitudes
-// of the scenes are large so that no plane wave falls under the cut.
+// Steps between two slices; the second becomes the first again. A mask follows each step. Large
+// amplitudes keep all plane waves above the cut.
 void march(Scene& pair, int steps, FieldMask& mask) {
   const auto plane = static_cast<std::ptrdiff_t>(pair.index(1, 0, 0));
   mask.apply(0, pair.E.data());
@@ -32,9 +32,9 @@ void march(Scene& pair, int steps, FieldMask& mask) {
   }
 }
 
-// A beam that spreads far beyond the domain fades on the axis as in free space: 0.00774 after 80 um
-// for a waist of 1.5 um (the paraxial 1 / (1 + (z/zR)^2); the angular spectrum gives 0.007741).
-// Without edges the domain of 32 um is 28 % off.
+// A beam that spreads far beyond the domain fades on the axis as in free space. It has 0.00774
+// after 80 um for a waist of 1.5 um: paraxially 1 / (1 + (z/zR)^2), and 0.007741 by the angular
+// spectrum. Without edges the domain of 32 um is 28 % off.
 TEST(Edges, SpreadingBeamFadesAsInFreeSpace) {
   struct Case {
     int n;
@@ -53,9 +53,9 @@ TEST(Edges, SpreadingBeamFadesAsInFreeSpace) {
   }
 }
 
-// What is left of a beam of waist 4 wavelengths when it has crossed the sides and would be back in
-// the middle: thrown back or let through. What is gone is what the edge says that it took, and some
-// that its steepest part turns into evanescent waves, which carry nothing.
+// A beam of waist 4 wavelengths crosses the sides and would return to the middle, reflected or
+// transmitted. The edge reports what it took of the rest. Its steepest part turns some into
+// evanescent waves, which carry nothing.
 TEST(Edges, LittleOfABeamComesBack) {
   struct Case {
     double angle, edge, bound;  // degrees, wavelengths
@@ -76,10 +76,10 @@ TEST(Edges, LittleOfABeamComesBack) {
   }
 }
 
-// Behind a hole of radius a the axis has |exp(ikz) - z/R exp(ikR)|^2, R^2 = z^2 + a^2: the first
-// Rayleigh-Sommerfeld integral, which is elementary there (Goodman, Introduction to Fourier Optics,
-// 3.5). Radius 10 wavelengths, z in wavelengths. Rim samples are open by their area, which dims the
-// light that the rim bends by 16 degrees by 1 %.
+// After a hole of radius a the axis has |exp(ikz) - z/R exp(ikR)|^2, R^2 = z^2 + a^2. This is the
+// first Rayleigh-Sommerfeld integral, elementary there (Goodman, Introduction to Fourier Optics,
+// 3.5). The radius is 10 wavelengths. Rim samples are open by their area, which dims light that the
+// rim bends by 16 degrees by 1 %.
 TEST(Edges, RoundHoleLightsItsAxis) {
   struct Case {
     double z;

@@ -1,4 +1,4 @@
-// Laws of propagation in a uniform medium, where the method is the exact angular spectrum.
+// Laws of propagation in a uniform medium: the method is the exact angular spectrum.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -9,13 +9,12 @@ namespace {
 
 constexpr double kLambda = 1e-6;
 
-// Two pi is cut at 6.2831853, 1.1e-9 of it short, in k0 and in the axes alike.
+// Two pi is cut at 6.2831853, 1.1e-9 short, in k0 and in the axes.
 constexpr double kTwoPiCut = 1.2e-9;
 
-// On-axis intensity of a Gaussian beam one Rayleigh length from its waist w0. Paraxially 1/2; the
-// figures are those of the angular spectrum integral
-//   E(z) = w0^2/2 * Integral_0^k0 exp(-k^2 w0^2/4 + i z sqrt(k0^2 - k^2)) k dk,
-// which the test also evaluates.
+// On-axis intensity of a Gaussian beam one Rayleigh length from its waist w0: paraxially 1/2. The
+// figures are those of the angular spectrum integral, which the test also evaluates:
+//   E(z) = w0^2/2 * Integral_0^k0 exp(-k^2 w0^2/4 + i z sqrt(k0^2 - k^2)) k dk
 TEST(FreeSpace, GaussianBeamFadesAsItsAngularSpectrumSays) {
   struct Case {
     double waist;  // in wavelengths
@@ -35,9 +34,8 @@ TEST(FreeSpace, GaussianBeamFadesAsItsAngularSpectrumSays) {
     }
     EXPECT_NEAR(std::norm(integral), c.intensity, 6e-7);
 
-    // 12 waists wide, the field at the border is exp(-18) of the peak behind one Rayleigh length;
-    // at w0/4 the spectrum ends at exp(-39). A large amplitude keeps weak plane waves above the
-    // cut.
+    // 12 waists wide: the field at the border is exp(-18) of the peak after one Rayleigh length. At
+    // w0/4 the spectrum ends at exp(-39). A large amplitude keeps weak plane waves above the cut.
     Scene scene(48, 48, 2, w0 / 4, w0 / 4, rayleigh, kLambda);
     constexpr double kAmplitude = 1e6;
     scene.illuminate(
@@ -47,8 +45,8 @@ TEST(FreeSpace, GaussianBeamFadesAsItsAngularSpectrumSays) {
   }
 }
 
-// On the grid's own frequencies a tilted plane wave only turns its phase, by kz dz, and keeps its
-// flux. The cut of two pi lets a little leak into neighbouring frequencies at each step.
+// On the grid's frequencies a tilted plane wave only turns its phase, by kz dz, and keeps its flux.
+// The cut of two pi leaks a little into neighbouring frequencies at each step.
 TEST(FreeSpace, TiltedPlaneWaveTurnsItsPhaseAndKeepsItsFlux) {
   for (const double n : {1.0, 1.5, 3.2}) {
     Scene scene(16, 16, 9, 0.4e-6, 0.4e-6, 0.25e-6, kLambda);
@@ -66,17 +64,17 @@ TEST(FreeSpace, TiltedPlaneWaveTurnsItsPhaseAndKeepsItsFlux) {
   }
 }
 
-// Beer-Lambert: a unit wave straight on in n + i*kappa loses exp(-k0*kappa*dz) a slice.
+// Beer-Lambert: a unit wave at normal incidence in n + i*kappa decays by exp(-k0*kappa*dz) a slice.
 TEST(FreeSpace, AbsorptionFollowsBeerLambert) {
   Scene scene(16, 16, 9, 0.4e-6, 0.4e-6, 0.25e-6, kLambda);
   scene.fill(0, scene.nz, {1.5, 0.01});
   scene.propagate();
   for (int k = 1; k < scene.nz; ++k)
     EXPECT_NEAR(std::abs(scene.at(k, 8, 8)), std::exp(-scene.k0 * 0.01 * k * scene.dz),
-                k * 4e-16);  // an exponential, a product and a transform a slice, about an ulp each
+                k * 4e-16);  // exponential, product and transform per slice, about an ulp each
 }
 
-// Absorption is charged on the vertical path: a tilted wave loses no more than one straight on.
+// Absorption follows the vertical path: a tilted wave loses no more than a normal one.
 TEST(FreeSpace, AbsorptionOfATiltedWaveIsThatOfTheVerticalPath) {
   Scene scene(16, 16, 2, 0.4e-6, 0.4e-6, 0.5e-6, kLambda);
   scene.fill(0, scene.nz, {1.0, 0.03});
@@ -86,8 +84,8 @@ TEST(FreeSpace, AbsorptionOfATiltedWaveIsThatOfTheVerticalPath) {
   EXPECT_NEAR(std::abs(scene.at(1, 8, 8)), std::exp(-scene.k0 * 0.03 * scene.dz), 1e-8);
 }
 
-// A wave of 1.2 k0 decays with sqrt(1.44 - 1) k0 = 0.66332 k0: to exp(-0.416780) = 0.659166 over a
-// tenth of a wavelength, without flux; with evanescent modes off it is gone.
+// A wave of 1.2 k0 decays with sqrt(1.44 - 1) k0 = 0.66332 k0, without flux. A tenth of a
+// wavelength leaves exp(-0.416780) = 0.659166. Without evanescent modes it is gone.
 TEST(FreeSpace, EvanescentWaveDecaysWithoutFlux) {
   Scene scene(8, 8, 2, kLambda / (1.2 * 8), kLambda / (1.2 * 8), 0.1 * kLambda, kLambda);
   const double kx = scene.frequency(1);
@@ -100,8 +98,8 @@ TEST(FreeSpace, EvanescentWaveDecaysWithoutFlux) {
   EXPECT_EQ(scene.power(1), 0.0);
 }
 
-// Three orders of a period of 2 wavelengths are in phase again behind
-// lambda / (1 - sqrt(1 - (lambda/period)^2)) = 7.4641 wavelengths (the exact Talbot length).
+// Three orders of a period of 2 wavelengths are in phase again after the exact Talbot length,
+// lambda / (1 - sqrt(1 - (lambda/period)^2)) = 7.4641 wavelengths.
 TEST(FreeSpace, GratingOrdersImageThemselves) {
   const double talbot = 7.464101615 * kLambda;
   Scene scene(16, 16, 3, kLambda / 8, kLambda / 8, talbot / 2, kLambda);
@@ -110,13 +108,13 @@ TEST(FreeSpace, GratingOrdersImageThemselves) {
   scene.propagate();
   for (int i = 0; i < 16; ++i) {
     EXPECT_NEAR(std::abs(scene.at(2, 3, i)), std::abs(scene.at(0, 3, i)), 1e-6) << i;
-    // Half way the bright and dark fringes have changed places.
+    // Half way the bright and dark fringes are exchanged.
     EXPECT_NEAR(std::abs(scene.at(1, 3, i)), std::abs(scene.at(0, 3, (i + 8) % 16)), 1e-6) << i;
   }
 }
 
-// The method is linear but for the cut of weak plane waves at an absolute 1e-4: at these amplitudes
-// what it drops is below 256 * 1e-4 / 256 a slice.
+// The method is linear except for the cut of weak plane waves at an absolute 1e-4. At these
+// amplitudes it drops less than 256 * 1e-4 / 256 per slice.
 TEST(FreeSpace, FieldsSuperpose) {
   const auto a = [](double x, double y) {
     return 1e6 * std::exp(cpx(-(x * x + y * y) / 1e-12, 0.0));
@@ -133,7 +131,7 @@ TEST(FreeSpace, FieldsSuperpose) {
     EXPECT_LE(std::abs(scenes[0].E[s] + scenes[1].E[s] - scenes[2].E[s]), 3 * 3 * 1e-4);
 }
 
-// The magnetic field is the electric one times n / (k0 * 376.73...); the flux is the same.
+// The magnetic field is the electric one times n / (k0 * 376.73...). The flux is the same.
 TEST(FreeSpace, MagneticFieldIsScaledByTheAdmittance) {
   Scene electric(16, 16, 2, 0.4e-6, 0.4e-6, 0.25e-6, kLambda);
   electric.fill(1, 2, 1.7);

@@ -39,7 +39,7 @@ double mode_field(double x) {
                          : std::cos(kappa * kHalfWidth) * std::exp(-gamma * (u - kHalfWidth));
 }
 
-// One row of samples, the core on whole samples: its edges lie half way between two.
+// One row of samples. The core has whole samples: its edges are half way between two.
 Scene slab_guide(int nx, double dx, int nz, double dz) {
   Scene scene(nx, 1, nz, dx, 1e-6, dz, kLambda);
   const double centre = -dx / 2;
@@ -58,9 +58,9 @@ cpx overlap(const Scene& scene, int k) {
   return sum / scene.power(0);
 }
 
-// Plane waves of the whole slice carry the local index, as if index and direction commuted. They
-// miss by about the index contrast times half the square of the mode's angle,
-// 0.05 * (kappa/(n k0))^2 / 2 = 6e-4; the index is to be told from 1.45 and 1.50 by far.
+// Plane waves of the whole slice carry the local index, as if index and direction commuted. The
+// error is about the index contrast times half the square of the mode's angle, 0.05 * (kappa/(n
+// k0))^2 / 2 = 6e-4. 1.45 and 1.50 are much further away.
 TEST(Guide, FundamentalModeTravelsWithItsIndex) {
   ASSERT_NEAR(effective_index(), 1.48234, 5e-6);
   Scene scene = slab_guide(128, 0.125e-6, 101, 0.1e-6);
@@ -70,9 +70,9 @@ TEST(Guide, FundamentalModeTravelsWithItsIndex) {
   EXPECT_NEAR(phase / (scene.k0 * scene.dz * (scene.nz - 1)), effective_index(), 6e-4);
 }
 
-// The mode stays the mode. Its power is not kept exactly, for the same reason: the step of a slice
-// that mixes two indices is not unitary, by the square of 6e-4 * k0 * dz a step at least and by
-// 6e-4 * k0 * dz at most: 6e-6 to 0.025 over these hundred steps.
+// The mode keeps its shape, but not exactly its power, for the same reason. The step of a slice
+// with two indices is not unitary. The error per step is between the square of 6e-4 * k0 * dz and
+// 6e-4 * k0 * dz: 6e-6 to 0.025 over these hundred steps.
 TEST(Guide, FundamentalModeKeepsItsShapeAndNearlyItsPower) {
   Scene scene = slab_guide(128, 0.125e-6, 101, 0.1e-6);
   scene.propagate();
@@ -81,8 +81,8 @@ TEST(Guide, FundamentalModeKeepsItsShapeAndNearlyItsPower) {
   EXPECT_GE(std::fabs(power - 1.0), 6e-6);
   EXPECT_GT(std::norm(overlap(scene, 100)) / power, 0.999);
 
-  // Without the guide the same field spreads: plane wave by plane wave it turns by kz, and the
-  // overlap is the mean of those turns over its spectrum, a quarter less than with the guide.
+  // Without the guide the same field spreads: each plane wave turns by kz. The overlap is the mean
+  // of those turns over its spectrum, a quarter less than with the guide.
   Scene free = slab_guide(128, 0.125e-6, 101, 0.1e-6);
   free.fill(0, free.nz, kCladding);
   free.propagate();

@@ -26,20 +26,20 @@ Scene tilted_at_interface(double degrees, double n_i, double n_t, polarization p
   return scene;
 }
 
-// Straight on from 1 to 1.5: t = 2/(1 + 1.5) = 0.8 exactly, flux 0.8^2 * 1.5 = 0.96.
+// Normal incidence from 1 to 1.5: t = 2/(1 + 1.5) = 0.8 exactly, flux 0.8^2 * 1.5 = 0.96.
 TEST(Interface, NormalIncidencePassesAmplitude08AndFlux096) {
   for (const polarization pol : {TE, TM}) {
     const Scene scene = tilted_at_interface(0, 1.0, 1.5, pol);
     EXPECT_NEAR(std::abs(scene.at(2, 4, 4)), 0.8, pol == TE ? 1e-15 : kTrim);
     EXPECT_NEAR(scene.flux(2) / scene.flux(1), 0.96, pol == TE ? 1e-14 : 2 * kTrim);
   }
-  // Without a polarization the step is not felt by the amplitude.
+  // Without a polarization the step does not change the amplitude.
   EXPECT_NEAR(std::abs(tilted_at_interface(0, 1.0, 1.5, NA).at(2, 4, 4)), 1.0, 1e-15);
 }
 
-// Fresnel's power transmission, T = t^2 * kz_t/kz_i, from 1 to 1.5 (Born & Wolf 1.5.3): the
-// textbook's figures for TE, and for TM all of the power at Brewster's angle atan(1.5). Rounding t
-// down by up to 1e-4 takes up to 2 * 1e-4 * T/t from T, and both parts of t are rounded.
+// Fresnel's power transmission, T = t^2 * kz_t/kz_i, from 1 to 1.5 (Born & Wolf 1.5.3). TE has the
+// textbook's figures. TM passes all power at Brewster's angle atan(1.5). Rounding both parts of t
+// down by up to 1e-4 takes up to 2 * 1e-4 * T/t from T.
 TEST(Interface, TiltedWavesPassFresnelsPower) {
   struct Case {
     double degrees;
@@ -56,8 +56,8 @@ TEST(Interface, TiltedWavesPassFresnelsPower) {
   }
 }
 
-// Behind the critical angle, asin(1/1.5) = 41.8 degrees, the field reaches through and falls off by
-// k0 sqrt(1.5^2 sin^2 - 1) without carrying flux.
+// Beyond the critical angle, asin(1/1.5) = 41.8 degrees, the field decays by k0 sqrt(1.5^2 sin^2 -
+// 1) without flux.
 TEST(Interface, TotalReflectionLeavesADecayingFieldWithoutFlux) {
   const Scene scene = tilted_at_interface(60, 1.5, 1.0, TE);
   const double rate = scene.k0 * std::sqrt(1.5 * 1.5 * 0.75 - 1.0);
@@ -66,7 +66,7 @@ TEST(Interface, TotalReflectionLeavesADecayingFieldWithoutFlux) {
   EXPECT_EQ(scene.flux(2), 0.0);
 }
 
-// An evanescent wave couples into a dense medium that can carry it: 1.2 k0 in an index of 1.5.
+// An evanescent wave propagates in a denser medium: 1.2 k0 in an index of 1.5.
 TEST(Interface, EvanescentWaveIsCoupledIntoADenserMedium) {
   const double dx = kLambda / (8 * 1.2);
   Scene scene(8, 8, 2, dx, dx, 0.1e-6, kLambda);
