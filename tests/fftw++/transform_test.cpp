@@ -22,8 +22,8 @@ Slice sample(std::size_t count) {
   return slice;
 }
 
-// The definition: nx rows of ny samples, out(p, q) = sum of in(i, j) exp(sign 2 pi i (pi/nx +
-// qj/ny)).
+// The definition for nx rows of ny samples:
+// out(p, q) = sum of in(i, j) exp(sign 2 pi i (pi/nx + qj/ny)).
 Slice definition(const Slice& in, unsigned nx, unsigned ny, int sign) {
   Slice out(in.size());
   for (unsigned p = 0; p < nx; ++p)
@@ -42,7 +42,7 @@ double distance(const Slice& a, const Slice& b) {
   return std::sqrt(squares);
 }
 
-// Up to 64 terms of about one, each good to a few roundings of its angle of up to 50 turns.
+// Up to 64 terms of about one, each exact to a few roundings of its angle of up to 50 turns.
 constexpr double kBound = 1e-12;
 
 TEST(Transform, PlanAndCallMustAgreeOnThePlace) {
@@ -52,7 +52,7 @@ TEST(Transform, PlanAndCallMustAgreeOnThePlace) {
       "^ERROR: fft constructor and call must be both in place or both out of place$", 1));
 }
 
-// A multiple of 8 and not of 16: a warning for each array, and the transform is carried out.
+// A multiple of 8 and not of 16: a warning per array, and the transform is carried out.
 TEST(Transform, MisalignedArraysDrawAWarning) {
   const Slice in = sample(16);
   Slice storage(34);
@@ -68,7 +68,7 @@ TEST(Transform, MisalignedArraysDrawAWarning) {
   EXPECT_LE(distance(Slice(shifted + 16, shifted + 32), definition(in, 4, 4, -1)), kBound);
 }
 
-// A plan of more threads is tried only when asked for, as here for one of the signs.
+// A plan of more threads is tried only on request, here for one of the signs.
 TEST(Transform, IsTheDefinition) {
   EXPECT_EQ(fftwpp::fftw::testseconds, 0.1);
   fftwpp::fftw::testseconds = 0.001;
@@ -83,7 +83,7 @@ TEST(Transform, IsTheDefinition) {
       EXPECT_EQ(from, in);
       fft2d(nx, ny, sign, nullptr, nullptr).fft(from.data(), nullptr);
       EXPECT_LE(distance(from, expected), kBound) << nx << " x " << ny;
-      // Back again; the normalised transform is the one that divides by the count.
+      // The inverse transform. The normalised one divides by the count.
       fft2d(nx, ny, -sign, nullptr, nullptr).fftNormalized(from.data(), from.data());
       EXPECT_LE(distance(from, in), kBound) << nx << " x " << ny;
     }
@@ -91,7 +91,7 @@ TEST(Transform, IsTheDefinition) {
   fftwpp::fftw::maxthreads = 1;
 }
 
-// FFTW aborts when its memory runs out; what was being done is said, and nothing of other aborts.
+// FFTW aborts when its memory runs out. The error names the work. Other aborts have no error.
 class Aborting : public fftwpp::fftw {
  public:
   Aborting() : fftw(2 * 12, -1) { Setup(nullptr, nullptr); }
@@ -137,8 +137,8 @@ class Counting : public fftwpp::fftw {
 };
 int Counting::count = 0;
 
-// With one thread nothing is tried. A trial is of as many transforms as there are microseconds in
-// its time, if they take less than that, and of as many again on more threads.
+// One thread has no trial. A trial has at most as many transforms as its time has microseconds, and
+// as many again on more threads.
 TEST(Transform, ATrialOfThreadsIsShort) {
   EXPECT_EQ(fftwpp::fftw::maxthreads, 1U);
   EXPECT_EQ(Counting::transforms_of(8), 0);
@@ -147,7 +147,7 @@ TEST(Transform, ATrialOfThreadsIsShort) {
   const int count = Counting::transforms_of(8);
   EXPECT_LE(2, count);
   EXPECT_LE(count, 49 + 50);
-  fftwpp::fftw::maxthreads = 2;      // the trial has brought it down to what there is
+  fftwpp::fftw::maxthreads = 2;      // the trial has reduced it
   fftwpp::fftw::testseconds = 1e-6;  // none on one thread, and one on two
   EXPECT_EQ(Counting::transforms_of(8), 1);
   fftwpp::fftw::maxthreads = 1;
@@ -160,7 +160,7 @@ TEST(AlignedStorage, IsClearedAndFailsWithAMessage) {
   EXPECT_EQ(reinterpret_cast<std::uintptr_t>(v) % 64, 0U);
   EXPECT_EQ(Slice(v, v + 5), Slice(5));
   Array::deleteAlign(v);
-#ifndef __SANITIZE_ADDRESS__  // whose allocator ends the process itself
+#ifndef __SANITIZE_ADDRESS__  // its allocator ends the process
   EXPECT_TRUE(ends_in_error([&] { Array::newAlign(v, std::size_t{1} << 58U, 16); },
                             "^ERROR: Memory limits exceeded\\.$", 1));
 #endif

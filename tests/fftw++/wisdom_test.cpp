@@ -15,7 +15,7 @@ namespace {
 
 using fftwpp::fftw;
 
-// The file that planning n x n leaves.
+// The wisdom file after planning n x n.
 std::string written_wisdom(unsigned n) {
   const TempDir directory;
   fftw_forget_wisdom();
@@ -28,8 +28,8 @@ std::string written_wisdom(unsigned n) {
   return directory.read("wisdom");
 }
 
-// Plans as a process at its start does, as far as wisdom goes, and says nothing. With wisdom alone,
-// if so said: without wisdom there is no plan then.
+// Plans like a process at its start, and expects no message. With FFTW_WISDOM_ONLY there is no plan
+// without wisdom.
 void plan(const std::string& wisdom, unsigned effort = FFTW_MEASURE, unsigned n = 32) {
   fftw_forget_wisdom();
   fftw::Wise = false;
@@ -61,8 +61,8 @@ TEST(Wisdom, GarbageIsOverwritten) {
   }
 }
 
-// FFTW ends the process, and this test with it, over some of these, such as a blank that became a
-// digit. Each byte in turn takes values that a number, a name and the layout would go on with.
+// FFTW ends the process, and this test, on some of these, such as a blank that became a digit. Each
+// byte takes values that continue a number, a name and the layout.
 TEST(Wisdom, NoDamagedByteEndsTheProcess) {
   const std::string sound = written_wisdom(4);
   const TempDir directory;
@@ -76,8 +76,8 @@ TEST(Wisdom, NoDamagedByteEndsTheProcess) {
     }
 }
 
-// FFTW takes any blanks between words and any text after the end: the plan comes from the wisdom,
-// and without it there is none.
+// FFTW takes any blanks between words and any text after the end. The plan comes from the wisdom:
+// without it there is none.
 TEST(Wisdom, IsReadInEveryLayoutThatFFTWTakes) {
   const std::string written = written_wisdom(60);
   const auto with = [&](const std::string& pattern, const std::string& replacement) {
@@ -97,7 +97,7 @@ TEST(Wisdom, IsReadInEveryLayoutThatFFTWTakes) {
   }
 }
 
-// What is written is FFTW's own, and sound however much it holds; a part of it is not.
+// A written file is FFTW's own, and sound at any size. A part of it is not.
 TEST(Wisdom, IsSoundFromEndToEnd) {
   std::string sound = written_wisdom(60);
   EXPECT_TRUE(fftwpp::is_sound_wisdom(sound)) << sound;
@@ -119,7 +119,7 @@ std::multiset<std::string> lines_of(const std::string& text) {
   return lines;
 }
 
-// Device runs plan on the host where there is no device; their planner must be the CPU branch's.
+// Device runs plan on the host if there is no device. Their planner must be the CPU branch's.
 TEST(WisdomOfRuns, IsOneForAllBranches) {
   const TempDir directory;
   directory.write("a.cfg", configuration());
@@ -135,8 +135,8 @@ TEST(WisdomOfRuns, IsOneForAllBranches) {
   }
 }
 
-// A pipe that nobody writes to or reads from, a device without end, a folder: passed over, and left
-// as they are. A result is there all the same.
+// A pipe that nobody writes to or reads from, an endless device and a folder are skipped and
+// unchanged. The run still has a result.
 TEST(WisdomOfRuns, NeedsNoFile) {
   for (const std::string make : {"mkfifo", "ln -s /dev/zero", "mkdir", "ln -s elsewhere"}) {
     const TempDir directory;
