@@ -34,7 +34,7 @@ std::vector<double> all_of(const Dataset& set) {
   return values;
 }
 
-// A file of 2 x 3 x 4 samples in every form that there is; sample s is s + 0.5 - s i.
+// A file of 2 x 3 x 4 samples in every form; sample s is s + 0.5 - s i.
 class Forms : public testing::Test {
  protected:
   Forms() {
@@ -110,7 +110,7 @@ TEST_F(Forms, CarryTheirSamplingAsAttributes) {
   EXPECT_EQ(sampling("here").origin, (std::array{-2 * 4e-7, -1 * 5e-7, 0.0}));  // centred
 }
 
-// A monitor's file: its fields lie in a group of their own, and it tells how far the run came.
+// A monitor's file has its fields in a group, and the number of slices written.
 TEST_F(Forms, FieldsOfAMonitorAreFoundByTheirNames) {
   const std::string saved = folder.path("b.h5").string();
   {

@@ -29,7 +29,7 @@ class Hdf5Writer {
     H5Tclose(stored);
     H5Tclose(memory);
   }
-  // An attribute of the group, which is made if need be.
+  // An attribute of the group, which is created if needed.
   void attribute(const char* group, const char* name, const std::vector<double>& values) {
     const hid_t object = H5Lexists(file_, group, H5P_DEFAULT) > 0
                              ? H5Oopen(file_, group, H5P_DEFAULT)
