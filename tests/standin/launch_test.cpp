@@ -1,4 +1,4 @@
-// Launches: what is refused, and that barriers are barriers.
+// Launches: refusals and barriers.
 #include "kernel/device_test.h"
 #include "standin.h"
 
@@ -8,7 +8,7 @@ void increment(int* count) {
   ++*count;
 }
 
-// Each thread hands its number to its mirror image three times, through shared memory.
+// Threads swap numbers with their mirror images three times, through shared memory.
 void mirror(int* numbers) {
   auto* shared = static_cast<int*>(standin::dynamic_shared_memory());
   const unsigned B = blockDim.x, t = threadIdx.x;
@@ -40,8 +40,7 @@ TEST(StandinLaunch, RefusesWhatADeviceRefuses) {
   }
 }
 
-// A pointer that is not the device's does not fault here and now: the next call says so, and so
-// does every other until the error is asked for.
+// A host pointer does not fault at once. Every later call reports the error until it is read.
 TEST(StandinLaunch, HostPointerIsAnIllegalAddress) {
   int host = 0;
   const DeviceArray<int> count(1);

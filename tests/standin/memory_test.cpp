@@ -1,4 +1,4 @@
-// Device memory that forgives no more than a GPU's.
+// Device memory that is as strict as a GPU's.
 #include <cstdint>
 #include <functional>
 #include <utility>
@@ -82,7 +82,7 @@ TEST(StandinMemory, IsClearedAsFarAsItGoes) {
   EXPECT_EQ(cudaGetLastError(), cudaErrorInvalidValue);
 }
 
-// Each kind of call is counted, and fails when its turn comes: the second from the request on.
+// Each kind of call is counted and fails at its turn: the second after the request.
 TEST(StandinCalls, AreCountedAndFailOnceOnDemand) {
   using standin::Call;
   const Buffer buffer(1);

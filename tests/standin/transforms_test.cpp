@@ -40,9 +40,9 @@ std::string wisdom() {
   return text.get();
 }
 
-// Of one plane, behind which all stays, and of several. The wisdom file belongs to the CPU path.
+// One plane, after which nothing changes, and several. The wisdom file belongs to the CPU path.
 TEST(StandinTransforms, AreTheUnnormalisedSumsAndLeaveNoWisdom) {
-  fftw_init_threads();  // as the CPU path does before all else
+  fftw_init_threads();  // as the CPU path does first
   const DeviceArray<cpx> input(samples()), output(samples());
   cufftHandle single = 0, batched = 0;
   ASSERT_EQ(cufftPlan2d(&single, kNx, kNy, CUFFT_Z2Z), CUFFT_SUCCESS);
