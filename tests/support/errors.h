@@ -1,5 +1,4 @@
-// What the program reports, for tests: the error that work ends in, and the messages to the
-// observer.
+// The program's errors and messages to the observer, for tests.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,8 +8,8 @@
 
 #include "diagnostics.h"
 
-// Whether work throws Error of this status with a message that matches the pattern, a POSIX
-// extended regular expression.
+// Whether work throws Error of this status. The message must match the pattern, a POSIX extended
+// regular expression.
 template <typename Work>
 testing::AssertionResult ends_in_error(Work work, const std::string& pattern, int status = 255) {
   try {
@@ -28,10 +27,10 @@ testing::AssertionResult ends_in_error(Work work, const std::string& pattern, in
 
 #define EXPECT_ERROR(statement, pattern) EXPECT_TRUE(ends_in_error([&] { statement; }, pattern))
 
-// While it lives, takes the messages of this thread.
+// During its lifetime, takes the messages of this thread.
 class Messages : public zerith::Observer {
  public:
-  [[nodiscard]] const std::string& text() const { return text_; }  // a line each
+  [[nodiscard]] const std::string& text() const { return text_; }  // one per line
   void clear() { text_.clear(); }
 
  protected:

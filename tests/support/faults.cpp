@@ -1,8 +1,8 @@
-// Preloaded into the real program by a test: makes one call fail and counts them all.
+// Preloaded into the real program by a test: makes one call fail and counts all calls.
 //
-// FAULT=KIND:N lets the N-th call of a kind fail, counted from 1: "memory" (an allocation), "open",
-// "write" or "close" (of files other than the standard streams), "thread" (the start of one). At
-// the exit the number of calls of each kind goes to the file COUNTS, as "KIND N" a line.
+// FAULT=KIND:N makes the N-th call of a kind fail, counted from 1: "memory" (an allocation),
+// "open", "write" or "close" (of files other than the standard streams), "thread" (the start of
+// one). At exit the file COUNTS gets the number of calls of each kind, as "KIND N" a line.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
@@ -38,7 +38,7 @@ Function next(const char* name) {
   return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
 }
 
-// Counts the call; whether it is the one to fail, with error in errno.
+// Counts the call. Returns whether it is the one to fail, with error in errno.
 bool fails(Kind kind, int error) {
   if (!is_counting || ++calls[kind] != failing[kind]) return false;
   errno = error;
@@ -72,7 +72,7 @@ bool fails_on(int descriptor, Kind kind, int error) {
   std::fclose(file);
 }
 
-// What happens before main belongs to the loader and the libraries.
+// Calls before main belong to the loader and the libraries.
 using Main = int (*)(int, char**, char**);
 Main real_main;
 int counted_main(int argc, char** argv, char** environment) {
@@ -156,7 +156,7 @@ ssize_t writev(int descriptor, const iovec* data, int count) {
   return syscall(SYS_writev, descriptor, data, count);
 }
 
-// What fails to close is closed all the same.
+// A failed close still closes the file.
 int close(int descriptor) {
   const long status = syscall(SYS_close, descriptor);
   return fails_on(descriptor, kClose, EIO) ? -1 : static_cast<int>(status);

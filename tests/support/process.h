@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-// A directory that goes away with the object.
+// A directory that is removed with the object.
 class TempDir {
  public:
   TempDir();
@@ -16,7 +16,7 @@ class TempDir {
 
   [[nodiscard]] std::filesystem::path path(const std::string& name = "") const;
   void write(const std::string& name, const std::string& text) const;
-  [[nodiscard]] std::string read(const std::string& name) const;  // "" if there is none
+  [[nodiscard]] std::string read(const std::string& name) const;  // "" if it does not exist
   [[nodiscard]] bool has(const std::string& name) const;
 
  private:
@@ -27,24 +27,24 @@ struct RunResult {
   int status = -1;  // exit status, or 128 + signal
   std::string out;
   std::string err;
-  double peak_bytes = 0;  // the most memory that the program had at a time
+  double peak_bytes = 0;  // the program's peak memory
 };
 
-// Runs zerith with these arguments in the directory, standard input empty. environment adds to the
-// caller's variables.
+// Runs zerith with these arguments in the directory, with empty standard input. environment adds to
+// the caller's variables.
 RunResult run_zerith(const TempDir& directory, const std::vector<std::string>& arguments,
                      const std::map<std::string, std::string>& environment = {});
 
 // Runs a shell command in the directory; $ZERITH names the program.
 RunResult run_shell(const TempDir& directory, const std::string& command);
 
-// A log with the times, which differ from run to run, replaced by T.
+// A log with its times replaced by T. They differ from run to run.
 std::string without_times(const std::string& log);
 
 // The numbers of a comma-separated file, row by row; empty lines give empty rows.
 std::vector<std::vector<double>> csv_rows(const std::string& text);
 
-// How many values of two such files differ at six digits; all, if their shapes do. Values up to
-// 1e-6 of the file's largest are round-off and do not count. A value half way between two roundings
-// may show either.
+// Counts the values of two such files that differ at six digits; all, if their shapes differ.
+// Values up to 1e-6 of the file's largest are round-off and do not count. A value half way between
+// two roundings may show either.
 std::size_t differing_values(const std::string& a, const std::string& b);
